@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Velmor needs, and only those that are missing,
+# so that a second run costs a few dpkg queries and nothing else.
+set -euo pipefail
+
+PACKAGES=(
+  # toolchain and test frameworks
+  cmake ninja-build g++ pkg-config
+  libgtest-dev libgmock-dev libbenchmark-dev
+  # rendering tests run for real under a virtual X server
+  xvfb xauth
+  # libraries
+  libtinyxml-dev
+  libpulse-dev libsndfile1-dev
+  # benchmark baseline for the expression language
+  libmuparser-dev
+)
+
+missing=()
+for p in "${PACKAGES[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+echo "install-deps: installing ${missing[*]}"
+SUDO=""
+if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -qq
+$SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"

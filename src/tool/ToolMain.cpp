@@ -1,0 +1,51 @@
+// velmor-tool: the command line for scene authors and for tests.
+
+#include "tool/ToolCommand.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#ifndef VELMOR_VERSION
+#define VELMOR_VERSION "0.0.0"
+#endif
+
+namespace {
+std::vector<ToolCommand> &Registry() {
+  static std::vector<ToolCommand> commands;
+  return commands;
+}
+
+void PrintHelp(FILE *out) {
+  fprintf(out, "usage: velmor-tool <command> [arguments]\n       velmor-tool --help | --version\n\ncommands:\n");
+  for (const ToolCommand &c : ToolCommands()) fprintf(out, "  %s %s\n      %s\n", c.name, c.usage, c.summary);
+}
+}  // namespace
+
+ToolCommandRegistrar::ToolCommandRegistrar(const ToolCommand &command) {
+  auto &r = Registry();
+  r.push_back(command);
+  std::sort(r.begin(), r.end(), [](const ToolCommand &a, const ToolCommand &b) { return a.order < b.order; });
+}
+
+const std::vector<ToolCommand> &ToolCommands() { return Registry(); }
+
+int main(int argc, char **argv) {
+  if (argc < 2) {
+    PrintHelp(stderr);
+    return 2;
+  }
+  const char *cmd = argv[1];
+  if (!strcmp(cmd, "--help") || !strcmp(cmd, "-h") || !strcmp(cmd, "help")) {
+    PrintHelp(stdout);
+    return 0;
+  }
+  if (!strcmp(cmd, "--version")) {
+    printf("velmor-tool %s\n", VELMOR_VERSION);
+    return 0;
+  }
+  for (const ToolCommand &c : ToolCommands())
+    if (!strcmp(c.name, cmd)) return c.run(argc - 1, argv + 1);
+  fprintf(stderr, "velmor-tool: unknown command '%s' (see velmor-tool --help)\n", cmd);
+  return 2;
+}
