@@ -1,0 +1,93 @@
+#pragma once
+// The host of the program: message pump, clock, frame pacing and the
+// renderer's frame. It runs a CUserApp3d.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/FrameTimer.h"
+#include "platform/WindowMessage.h"
+
+class CUserApp3d;
+class CRender;
+class IDesktop;
+class IMovieRecorder;
+
+enum AppMode {
+  MODE_Config = 0,
+  MODE_Preview = 1,
+  MODE_FullScreen = 2,
+  MODE_Test = 3,
+  MODE_Password = 4,
+  MODE_HostChild = 5,
+  MODE_Record = 6,
+  MODE_Screenshot = 7,
+  MODE_HostDriven = 8,
+};
+
+enum AppType {
+  APPTYPE_Default = 0,
+  APPTYPE_Screensaver = 1,
+  APPTYPE_Editor = 5,
+  APPTYPE_ConfigTool = 6,
+};
+
+constexpr int FRAME_RING = 128;
+
+class CAppTypeWin {
+ public:
+  explicit CAppTypeWin(CUserApp3d *userApp);
+  virtual ~CAppTypeWin();
+  CAppTypeWin(const CAppTypeWin &) = delete;
+  CAppTypeWin &operator=(const CAppTypeWin &) = delete;
+
+  virtual void ShutdownApp();
+  virtual intptr_t WinProc(WindowHandle window, uint32_t message, uintptr_t wparam, intptr_t lparam);
+
+  bool RunApp();
+  void RunFrame();
+  void RunRecordFrame(float &time, float &lastStill);
+  void UpdateFrameRate();
+  void LimitFrameRate();
+
+  // Where window-system requests go; a headless stand-in by default.
+  void SetDesktop(IDesktop *desktop) { m_Desktop = desktop; }
+  void SetMovieRecorder(IMovieRecorder *recorder) { m_Recorder = recorder; }
+  CUserApp3d *GetUserApp() const { return m_UserApp; }
+
+  int m_AppType = APPTYPE_Default;
+  int m_Mode = MODE_FullScreen;
+  WindowHandle m_ParentWindow = 0;
+  std::string m_MovieFile;
+  std::string m_File;
+  std::string m_ConfigFile;
+  float m_MaxFps = 30.0f;
+  float m_TimeAccumulator = 0.0f;
+  float m_UpdateStep = 0.033333335f;
+  bool m_DoPostQuit = true;
+  bool m_VisualizerPaused = false;
+  bool m_Paused = false;
+  std::string m_AppPath;
+  std::string m_UserPath;
+  CRender *m_Render = nullptr;
+  CFrameTimer m_Timer;
+  float m_Fps = 30.0f;
+  int m_FrameCount = 0;
+  float m_FrameTimes[FRAME_RING] = {};
+  int m_FrameTimeIndex = 0;
+  int64_t m_LastFrameCounter = 0;
+
+ protected:
+  void Dispatch(const WindowMessage &message);
+
+  CUserApp3d *m_UserApp;
+  IDesktop *m_Desktop = nullptr;
+  IMovieRecorder *m_Recorder = nullptr;
+
+ private:
+  std::unique_ptr<IDesktop> m_OwnDesktop;
+};
+
+// The host of this process, set by its constructor.
+extern CAppTypeWin *g_AppType;

@@ -1,0 +1,101 @@
+#include "app/VelmorApp.h"
+
+#include <cstdio>
+
+#include "app/AppTypeWin.h"
+#include "core/Log.h"
+#include "core/Trace.h"
+#include "engine/EngineInterface.h"
+#include "render/Render.h"
+#include "render/Matrix.h"
+
+CVelmorApp::CVelmorApp(EngineMaker makeEngine) : m_MakeEngine(std::move(makeEngine)) {}
+
+CVelmorApp::~CVelmorApp() { Free(); }
+
+bool CVelmorApp::Init() {
+  TRACE_SCOPE_LOGGED("CVelmorApp::Init");
+  if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
+  return m_Engine != nullptr;
+}
+
+void CVelmorApp::Free() { m_Engine.reset(); }
+
+void CVelmorApp::Configure() {
+  // No dialog boxes here: the message goes where a user of a terminal or
+  // the log will see it.
+  fprintf(stderr, "Information: Use the stand alone config application to configure the screensaver\n");
+  Log("Use the stand alone config application to configure the screensaver");
+}
+
+static CRender *CurrentRender() { return g_AppType ? g_AppType->m_Render : nullptr; }
+
+bool CVelmorApp::Render() {
+  TRACE_SCOPE("CVelmorApp::Render");
+  if (m_Engine) m_Engine->Draw(CurrentRender());
+  return true;
+}
+
+bool CVelmorApp::Update(float dt) {
+  TRACE_SCOPE("CVelmorApp::Update");
+  if (m_Engine) m_Engine->Update(dt);
+  return true;
+}
+
+bool CVelmorApp::RestoreDeviceObjects() {
+  CRender *render = CurrentRender();
+  if (!render) return true;
+  render->SetTransform(1, CMatrix::Identity());
+  return !m_Engine || m_Engine->RestoreDevice(render);
+}
+
+bool CVelmorApp::InvalidateDeviceObjects() {
+  if (CRender *render = CurrentRender(); render && m_Engine) m_Engine->InvalidateDevice(render);
+  return true;
+}
+
+bool CVelmorApp::FrameFinished() {
+  if (m_Engine) m_Engine->FrameFinished();
+  return true;
+}
+
+void CVelmorApp::GetPresetName(int index, char *out) {
+  if (m_Engine)
+    m_Engine->GetPresetName(index, out);
+  else
+    out[0] = 0;
+}
+int CVelmorApp::GetPresetCount() { return m_Engine ? m_Engine->GetPresetCount() : 0; }
+void CVelmorApp::SelectPreset(int index) {
+  if (m_Engine) m_Engine->SelectPreset(index);
+}
+int CVelmorApp::GetCurrentPreset() { return m_Engine ? m_Engine->GetCurrentPreset() : 0; }
+void CVelmorApp::NextPreset() {
+  if (m_Engine) m_Engine->NextPreset();
+}
+void CVelmorApp::PreviousPreset() {
+  if (m_Engine) m_Engine->PreviousPreset();
+}
+void CVelmorApp::SetAutoChange(bool enabled, bool changeNow) {
+  if (m_Engine) m_Engine->SetAutoChange(enabled, changeNow);
+}
+void CVelmorApp::ShowMenu(int x, int y, WindowHandle window) {
+  if (m_Engine) m_Engine->ShowMenu(x, y, window);
+}
+void CVelmorApp::MenuSelected(int id) {
+  if (m_Engine) m_Engine->MenuSelected(id);
+}
+void CVelmorApp::ReactivateScene() {
+  if (m_Engine) m_Engine->ReactivateScene();
+}
+void CVelmorApp::OpenConfiguration() {
+  if (m_Engine) m_Engine->OpenConfiguration();
+}
+
+std::string CVelmorApp::GetScreenshotName() {
+  if (!m_Engine) return std::string();
+  std::string name = m_Engine->ActiveSceneName();
+  return name.empty() ? name : name + ".png";
+}
+
+void CVelmorApp::Serialize(CSerialize &) {}

@@ -1,0 +1,33 @@
+#pragma once
+// What the application object asks of the engine each frame, and the preset
+// operations a visualizer host drives.
+
+#include <string>
+
+#include "platform/WindowMessage.h"
+
+class CRender;
+
+class IVelmorEngine {
+ public:
+  virtual ~IVelmorEngine() = default;
+  virtual bool Update(float dt) = 0;
+  virtual bool Draw(CRender *render) = 0;
+  virtual bool FrameFinished() = 0;
+  virtual bool RestoreDevice(CRender *render) = 0;
+  virtual void InvalidateDevice(CRender *render) = 0;
+  // Empty when no scene is active.
+  virtual std::string ActiveSceneName() const = 0;
+
+  virtual void GetPresetName(int, char *out) { out[0] = 0; }
+  virtual int GetPresetCount() { return 0; }
+  virtual void SelectPreset(int) {}
+  virtual int GetCurrentPreset() { return 0; }
+  virtual void NextPreset() {}
+  virtual void PreviousPreset() {}
+  virtual void SetAutoChange(bool, bool) {}
+  virtual void ShowMenu(int, int, WindowHandle) {}
+  virtual void MenuSelected(int) {}
+  virtual void ReactivateScene() {}
+  virtual void OpenConfiguration() {}
+};

@@ -1,0 +1,215 @@
+#include "scene/Dag.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "core/Random.h"
+#include "portdata/PDMesh.h"
+#include "render/Render.h"
+#include "scene/Node.h"
+#include "scene/NodeFactory.h"
+#include "scene/NodeInfo.h"
+#include "scene/Port.h"
+#include "scene/PortPointers.h"
+
+namespace {
+// Splits an address on '.' into up to three tokens, skipping empty ones.
+int SplitAddress(const char *address, std::string tokens[3]) {
+  int n = 0;
+  const char *p = address ? address : "";
+  while (*p && n < 3) {
+    const char *dot = strchr(p, '.');
+    size_t len = dot ? static_cast<size_t>(dot - p) : strlen(p);
+    if (len) tokens[n++].assign(p, len);
+    if (!dot) break;
+    p = dot + 1;
+  }
+  return n;
+}
+
+template <typename F>
+void ForEachMeshPort(const std::vector<CPort *> &ports, F f) {
+  for (CPort *p : ports)
+    if (p->m_Type == PT_Mesh)
+      if (CPDMesh *mesh = static_cast<CPortMesh *>(p)->m_Value) f(mesh);
+}
+}  // namespace
+
+CDag::CDag() = default;
+
+CDag::~CDag() {
+  for (CNode *n : m_Nodes) delete n;
+}
+
+std::string CDag::GenerateName(const char *typeName) const {
+  char buf[256];
+  for (long i = 1; i <= 999; ++i) {
+    snprintf(buf, sizeof(buf), "%s%ld", typeName, i);
+    if (!FindNode(buf)) return buf;
+  }
+  snprintf(buf, sizeof(buf), "%s%lu", typeName, static_cast<unsigned long>(NextRandom(SharedRandom())) + 1000ul);
+  return buf;
+}
+
+CNode *CDag::AddNode(const char *typeName) {
+  CNode *node = CNodeFactory::GetInstance().CreateNode(typeName);
+  CNodeFactory::Release();
+  if (!node) return nullptr;
+  node->m_Name = GenerateName(typeName);
+  AdoptNode(node);
+  return node;
+}
+
+void CDag::AdoptNode(CNode *node) {
+  node->m_Frame = &m_FrameInfo;
+  m_Nodes.push_back(node);
+  if (!m_Screen && node->m_Info && node->m_Info->m_TypeName == "Screen") m_Screen = node;
+}
+
+bool CDag::RemoveNode(const char *name) {
+  CNode *node = FindNode(name);
+  if (!node) return false;
+  if (node == m_Screen) m_Screen = nullptr;
+  for (CNode *n : m_Nodes)
+    if (n != node) n->Disconnect(node);
+  std::erase(m_Nodes, node);
+  delete node;
+  return true;
+}
+
+CNode *CDag::FindNode(const char *name) const {
+  for (CNode *n : m_Nodes)
+    if (n->m_Name == name) return n;
+  return nullptr;
+}
+
+CPort *CDag::FindInPort(const char *address, std::string *componentOut) const {
+  std::string t[3];
+  int n = SplitAddress(address, t);
+  if (n < 2) return nullptr;
+  CNode *node = FindNode(t[0].c_str());
+  if (!node) return nullptr;
+  if (componentOut) *componentOut = n > 2 ? t[2] : std::string();
+  return node->FindInPort(t[1].c_str());
+}
+
+CPort *CDag::FindOutPort(const char *address) const {
+  std::string t[3];
+  if (SplitAddress(address, t) < 2) return nullptr;
+  CNode *node = FindNode(t[0].c_str());
+  return node ? node->FindOutPort(t[1].c_str()) : nullptr;
+}
+
+bool CDag::CreateConnection(const char *outAddress, const char *inAddress) {
+  CPort *out = FindOutPort(outAddress);
+  std::string component;
+  CPort *in = FindInPort(inAddress, &component);
+  if (!out || !in) return false;
+  // "Node.Viewport.x" reaches one part of a rectangle.
+  if (!component.empty())
+    if (CPort *sub = in->FindSubPort(component.c_str())) in = sub;
+  return ConnectPorts(out, in);
+}
+
+bool CDag::RemoveConnection(const char *outAddress, const char *inAddress) {
+  CPort *out = FindOutPort(outAddress);
+  CPort *in = FindInPort(inAddress);
+  if (!out || !in) return false;
+  DisconnectPort(in);
+  return true;
+}
+
+void CDag::Update(float dt) {
+  if (!m_Screen) return;
+  while (dt + m_Elapsed < m_WarmupTime) {
+    Step(WARMUP_STEP, true);
+    m_Elapsed += WARMUP_STEP;
+  }
+  Step(dt, false);
+  m_Elapsed += dt;
+}
+
+void CDag::Step(float dt, bool warmup) {
+  FrameInfo &f = m_FrameInfo;
+  if (f.Restart && m_HasFeedback) {
+    m_Elapsed = 0.0f;
+    f.Time = 0.0f;
+  }
+  for (CNode *n : m_Nodes) {
+    n->m_Updated = false;
+    n->m_Changed = false;
+  }
+  f.Time += dt;
+  f.Warmup = warmup;
+  f.DeltaTime = dt;
+
+  m_Screen->m_Frame = &f;
+  m_Screen->Pull(f.Time);
+
+  // Meshes are generated once, after every input of the frame is known.
+  for (CNode *n : m_Nodes)
+    ForEachMeshPort(n->m_OutPorts, [](CPDMesh *mesh) {
+      if (!mesh->m_Dirty) return;
+      mesh->CreateMesh(*mesh);
+      mesh->m_DirtyUnits = ALL_UNITS;
+      mesh->m_Dirty = false;
+    });
+  f.PrevAspect = f.Aspect;
+  for (CNode *n : m_Nodes) {
+    if (!n->m_Updated) continue;
+    for (CPort *p : n->m_InPorts) p->m_Changed = false;
+    for (CPort *p : n->m_OutPorts) p->m_Changed = false;
+  }
+  f.Restart = false;
+  if (!warmup) {
+    m_DrawList.Reset();
+    m_Screen->AddToDrawList(m_DrawList, m_DrawList.Head(), nullptr);
+  }
+}
+
+void CDag::Draw(CRender *render) {
+  if (!m_Screen) return;
+  m_FrameInfo.Aspect = render->GetAspect();
+  const uint32_t bit = 1u << (render->m_RenderUnit & 31);
+  for (CNode *n : m_Nodes) {
+    if (n->m_DirtyUnits & bit) {
+      n->m_DirtyUnits &= ~bit;
+      n->ResetDevice(render);
+    }
+    ForEachMeshPort(n->m_OutPorts, [&](CPDMesh *mesh) {
+      if (!(mesh->m_DirtyUnits & bit)) return;
+      mesh->m_DirtyUnits &= ~bit;
+      mesh->MeshUpdateDevice(render);
+    });
+  }
+  m_DrawList.Draw(render);
+}
+
+bool CDag::RestoreDevice(CRender *render) {
+  m_FrameInfo.Aspect = render->GetAspect();
+  const uint32_t bit = 1u << (render->m_RenderUnit & 31);
+  for (CNode *n : m_Nodes) {
+    n->m_DirtyUnits &= ~bit;
+    if (!n->RestoreDevice(render)) return false;
+    ForEachMeshPort(n->m_InPorts, [&](CPDMesh *mesh) { mesh->MeshRestoreDevice(render); });
+  }
+  return true;
+}
+
+void CDag::InvalidateDevice(CRender *render) {
+  for (CNode *n : m_Nodes) {
+    n->InvalidateDevice(render);
+    ForEachMeshPort(n->m_InPorts, [&](CPDMesh *mesh) { mesh->MeshInvalidateDevice(render); });
+  }
+}
+
+void CDag::FrameFinished() {
+  for (CNode *n : m_Nodes) n->FrameFinished();
+}
+
+void CDag::Activate() {
+  for (CNode *n : m_Nodes) {
+    n->m_DirtyUnits = ALL_UNITS;
+    ForEachMeshPort(n->m_OutPorts, [](CPDMesh *mesh) { mesh->m_Dirty = true; });
+  }
+}

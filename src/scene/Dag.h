@@ -1,0 +1,72 @@
+#pragma once
+// A graph of nodes with one root, the Screen. It owns its nodes, names them,
+// resolves port addresses, and runs the frame: advance the clock, pull from
+// the root, generate stale meshes, build the draw list, draw.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "scene/DrawList.h"
+#include "scene/FrameInfo.h"
+
+class CNode;
+class CPort;
+class CRender;
+
+struct SceneDate {
+  uint16_t year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+};
+
+class CDag {
+ public:
+  CDag();
+  virtual ~CDag();
+  CDag(const CDag &) = delete;
+  CDag &operator=(const CDag &) = delete;
+
+  // A new node of the type with a generated unique name; null if the
+  // factory doesn't know the type. The first "Screen" becomes the root.
+  CNode *AddNode(const char *typeName);
+  bool RemoveNode(const char *name);
+  CNode *FindNode(const char *name) const;
+  // "Node.Port" or "Node.Port.component"; empty tokens are skipped.
+  CPort *FindInPort(const char *address, std::string *componentOut = nullptr) const;
+  CPort *FindOutPort(const char *address) const;
+  bool CreateConnection(const char *outAddress, const char *inAddress);
+  bool RemoveConnection(const char *outAddress, const char *inAddress);
+
+  virtual void Update(float dt);
+  virtual void Draw(CRender *render);
+  virtual bool RestoreDevice(CRender *render);
+  virtual void InvalidateDevice(CRender *render);
+  void FrameFinished();
+  void Activate();
+  void Deactivate() { m_FrameInfo.Restart = true; }
+  virtual void ForceUpdate() {}
+
+  // Adds an existing node under its current name (used by loaders and
+  // tests that build nodes themselves). Takes ownership.
+  void AdoptNode(CNode *node);
+  std::string GenerateName(const char *typeName) const;
+
+  CDrawList m_DrawList;
+  std::vector<CNode *> m_Nodes;
+  std::string m_Name, m_Desc, m_Author;
+  SceneDate m_Created, m_LastModified;
+  int32_t m_Version = 0;
+  std::string m_File;
+  bool m_Modified = false;
+  FrameInfo m_FrameInfo;
+  uint32_t m_SceneType = 0;
+  float m_WarmupTime = 0.0f;
+  float m_Elapsed = 0.0f;
+  bool m_Save = true;
+  bool m_HasFeedback = false;
+  CNode *m_Screen = nullptr;
+
+ protected:
+  void Step(float dt, bool warmup);
+};
+
+constexpr float WARMUP_STEP = 0.033333335f;

@@ -1,0 +1,78 @@
+#pragma once
+// One vertex of a scene graph: owns its ports, computes its out-ports from
+// its in-ports, and holds device objects for what it draws.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "scene/FrameInfo.h"
+
+class CPort;
+class CNodeInfo;
+class CSerialize;
+class CRender;
+class CDrawList;
+struct CDrawItemList;
+struct CCamera;
+
+constexpr uint32_t ALL_UNITS = 0xFFFFFFFFu;
+
+class CNode {
+ public:
+  CNode() = default;
+  virtual ~CNode();
+  CNode(const CNode &) = delete;
+  CNode &operator=(const CNode &) = delete;
+
+  virtual bool Init() { return true; }
+  virtual void Update(float time, FrameInfo *frame);
+  virtual void FrameFinished() {}
+  virtual bool RestoreDevice(CRender *render);
+  virtual void InvalidateDevice(CRender *render);
+  virtual bool ResetDevice(CRender *render);
+  virtual void AddToDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera);
+  virtual void Serialize(CSerialize &serializer);
+  virtual bool IsChanged() const { return m_Changed; }
+
+  CPort *FindInPort(const char *name) const;
+  CPort *FindOutPort(const char *name) const;
+  // Updates every in-port in order; true when any reported a change.
+  bool UpdateInPorts(float time);
+  bool Connect(const char *inPortName, const char *outPortName, CNode *sourceNode);
+  void Disconnect(CNode *sourceNode);
+
+  // How the graph runs a node: Update, then mark it updated. A node pulled
+  // again while its own pull is still under way (a cycle that no node broke
+  // by marking itself updated first) is not run again: the cycle is logged
+  // once and cut there.
+  void Pull(float time);
+
+  // Typed port lookups for Init; null when the port is missing or of another class.
+  template <typename P>
+  P *InPort(const char *name) const {
+    return dynamic_cast<P *>(FindInPort(name));
+  }
+  template <typename P>
+  P *OutPort(const char *name) const {
+    return dynamic_cast<P *>(FindOutPort(name));
+  }
+
+  bool m_Updated = false;
+  bool m_Changed = true;
+  uint32_t m_DirtyUnits = ALL_UNITS;
+  std::string m_Name;
+  const CNodeInfo *m_Info = nullptr;
+  std::vector<CPort *> m_InPorts;
+  std::vector<CPort *> m_OutPorts;
+  FrameInfo *m_Frame = nullptr;
+
+ private:
+  void ReportCycle();
+  int m_PullDepth = 0;
+  bool m_CycleReported = false;
+};
+
+// The deepest chain of pulls allowed before the graph is cut; far beyond any
+// real scene, well inside the thread's stack.
+constexpr int MAX_PULL_DEPTH = 2000;

@@ -1,0 +1,149 @@
+// Nodes: how a graph is pulled (guarded versus unguarded updates, local
+// evaluation through a chain), connecting by name, and the cycle guard.
+#include "nodes/value/SinNode.h"
+#include "support/LogCapture.h"
+#include "support/TestNodes.h"
+
+#include <gtest/gtest.h>
+
+TEST(NodeCreation, PortsAreClonedOwnedAndInitFindsThem) {
+  TestGraph g;
+  auto *n = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+  ASSERT_EQ(n->m_InPorts.size(), 1u);
+  EXPECT_EQ(n->m_InPorts[0]->m_Node, n);
+  EXPECT_TRUE(n->m_InPorts[0]->m_IsInput);
+  EXPECT_FALSE(n->m_OutPorts[0]->m_IsInput);
+  EXPECT_NE(n->m_InPorts[0], g.infos[0]->m_InPorts[0]);
+  EXPECT_EQ(n->m_In, n->m_InPorts[0]);
+  EXPECT_EQ(n->m_DirtyUnits, ALL_UNITS);
+  EXPECT_TRUE(n->m_Changed);
+  EXPECT_EQ(n->FindInPort("in"), nullptr);  // exact case
+  EXPECT_EQ(n->m_Info, g.infos[0].get());
+}
+
+TEST(NodePull, UnguardedRunsPerConsumerGuardedOncePerStep) {
+  TestGraph g;
+  auto *value = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Value");
+  auto *guarded = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "Guarded");
+  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+  auto *sink = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "Sink");
+  // value feeds a and b; guarded feeds nothing yet.
+  ASSERT_TRUE(a->Connect("In", "Out", value));
+  ASSERT_TRUE(b->Connect("In", "Out", value));
+  ASSERT_TRUE(sink->Connect("In", "Out", a));
+  g.NewStep();
+  sink->Pull(0);
+  b->Pull(0);
+  EXPECT_EQ(value->m_Runs, 2);
+
+  ASSERT_TRUE(a->Connect("In", "Out", guarded));  // replaces the source
+  ASSERT_TRUE(b->Connect("In", "Out", guarded));
+  g.NewStep();
+  sink->Pull(0);
+  b->Pull(0);
+  EXPECT_EQ(guarded->m_Runs, 1);
+  EXPECT_TRUE(guarded->m_Updated);
+}
+
+TEST(NodePull, LocalEvaluationCarriesTheTimeThroughAChain) {
+  TestGraph g;
+  auto *first = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "First");
+  auto *second = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Second");
+  auto *consumer = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Consumer");
+  second->Connect("In", "Out", first);
+  consumer->Connect("In", "Out", second);
+  first->m_In->m_Value = 1.0f;
+  // Out(second) = (1 * 2 + t) * 2 + t for each local time t.
+  for (float t : {0.0f, 0.25f, 1.0f}) {
+    consumer->m_In->Update(t);
+    EXPECT_FLOAT_EQ(consumer->m_In->m_Value, (2.0f + t) * 2.0f + t);
+  }
+  EXPECT_EQ(first->m_Runs, 3);
+  EXPECT_EQ(second->m_Frame, consumer->m_Frame);
+}
+
+TEST(NodeConnect, ErrorsNameTheAddressAndDisconnectDropsOneSource) {
+  LogCapture log;
+  TestGraph g;
+  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+  EXPECT_FALSE(b->Connect("In", "Out", nullptr));
+  EXPECT_EQ(log.LastError(), "Connection node is null (Out -> In)");
+  EXPECT_FALSE(b->Connect("Nope", "Out", a));
+  EXPECT_EQ(log.LastError(), "Unknown in port (Out -> Nope)");
+  EXPECT_FALSE(b->Connect("In", "Nope", a));
+  EXPECT_EQ(log.LastError(), "Unknown out port (Nope -> In)");
+  ASSERT_TRUE(b->Connect("In", "Out", a));
+  b->Disconnect(b);
+  EXPECT_TRUE(b->m_In->IsConnected());
+  b->Disconnect(a);
+  EXPECT_FALSE(b->m_In->IsConnected());
+}
+
+TEST(NodeUpdate, UpdateInPortsReportsChangesAndKeepsFlagWithoutPorts) {
+  TestGraph g;
+  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+  b->Connect("In", "Out", a);
+  b->m_Changed = false;
+  EXPECT_TRUE(b->UpdateInPorts(0));
+  EXPECT_TRUE(b->m_Changed);
+
+  CNode bare;
+  bare.m_Changed = false;
+  EXPECT_FALSE(bare.UpdateInPorts(0));
+  EXPECT_FALSE(bare.m_Changed);
+}
+
+TEST(NodePull, CycleIsLoggedOnceAndCut) {
+  LogCapture log;
+  TestGraph g;
+  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+  auto *c = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "C");
+  a->Connect("In", "Out", b);
+  b->Connect("In", "Out", c);
+  c->Connect("In", "Out", a);
+  for (int step = 0; step < 3; ++step) {
+    g.NewStep();
+    a->Pull(0);
+  }
+  ASSERT_EQ(log.errors.size(), 1u);
+  EXPECT_EQ(log.errors[0], "Cycle in graph: A -> B -> C -> A. The connection back to \"A\" is not evaluated");
+  EXPECT_EQ(c->m_Runs, 3);
+  EXPECT_EQ(a->m_Runs, 3);
+}
+
+TEST(NodePull, TooDeepChainIsCutWithoutOverflowingTheStack) {
+  LogCapture log;
+  TestGraph g;
+  std::vector<CTestValueNode *> chain;
+  for (int i = 0; i < MAX_PULL_DEPTH + 50; ++i) {
+    chain.push_back(g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), ("N" + std::to_string(i)).c_str()));
+    if (i > 0) chain[i]->Connect("In", "Out", chain[i - 1]);
+  }
+  chain.back()->Pull(0);
+  ASSERT_FALSE(log.errors.empty());
+  EXPECT_NE(log.errors[0].find("Graph is deeper than 2000 nodes"), std::string::npos);
+  EXPECT_EQ(chain[0]->m_Runs, 0);
+}
+
+TEST(SinNode, WaveStartsAtMinAndOffsetIsInPeriods) {
+  TestGraph g;
+  auto *sin = g.Add<CSinNode>(CSinNode::CreateInfo(), "Sin1");
+  auto *out = static_cast<CPortFloat *>(sin->FindOutPort("Value"));
+  sin->FindInPort("Min")->SetText("-2");
+  sin->FindInPort("Max")->SetText("4");
+  sin->FindInPort("Frequency")->SetText("0.5");  // period 2 s
+  const struct {
+    float t, expected;
+  } cases[] = {{0.0f, -2.0f}, {1.0f, 4.0f}, {0.5f, 1.0f}, {2.0f, -2.0f}, {3.0f, 4.0f}, {-1.0f, 4.0f}, {-0.5f, 1.0f}};
+  for (auto c : cases) {
+    sin->Update(c.t, &g.frame);
+    EXPECT_NEAR(out->m_Value, c.expected, 1e-4) << "t=" << c.t;
+  }
+  sin->FindInPort("Offset")->SetText("0.5");  // half a period later
+  sin->Update(0.0f, &g.frame);
+  EXPECT_NEAR(out->m_Value, 4.0f, 1e-4);
+}

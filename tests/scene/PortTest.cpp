@@ -1,0 +1,241 @@
+// Ports: the text forms every scene file and command relies on, the range
+// rule, the connection rule and how values convert along connections.
+#include "scene/PortPointers.h"
+#include "scene/PortValues.h"
+#include "support/LogCapture.h"
+#include "support/TestNodes.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+TEST(PortText, EveryValueTypeReadsAndWritesItsForm) {
+  CPortBool b("B", "", false);
+  EXPECT_EQ(b.GetText(), "Off");
+  for (const char *on : {"1", "true", "TRUE", "on", "ON"}) {
+    b.m_Value = false;
+    b.SetText(on);
+    EXPECT_TRUE(b.m_Value) << on;
+  }
+  for (const char *off : {"Off", "yes", "0", "", "2"}) {
+    b.m_Value = true;
+    b.SetText(off);
+    EXPECT_FALSE(b.m_Value) << off;
+  }
+  b.m_Value = true;
+  EXPECT_EQ(b.GetText(), "On");
+
+  CPortInt i("I", "", 0, -5, 10);
+  i.AddValue(1, "Sphere")->AddValue(3, "Cube")->AddValue(1, "Ball");
+  i.SetText("sphere");
+  EXPECT_EQ(i.m_Value, 1);
+  i.SetText("ball");  // a number keeps its first name
+  EXPECT_EQ(i.m_Value, 0);
+  i.SetText("2");
+  EXPECT_EQ(i.m_Value, 2);
+  i.SetText("99");
+  EXPECT_EQ(i.m_Value, 10);
+  i.SetText("junk");
+  EXPECT_EQ(i.m_Value, 0);
+  i.m_Value = -3;
+  EXPECT_EQ(i.GetText(), "-3");
+
+  CPortFloat f("F", "", 0.5f, 0.01f, 0.0f, 10.0f);
+  EXPECT_EQ(f.GetText(), "0.5");
+  f.SetText("11");
+  EXPECT_EQ(f.m_Value, 10.0f);
+  f.SetText("-1");
+  EXPECT_EQ(f.m_Value, 0.0f);
+  f.SetText("1e-7");
+  EXPECT_FLOAT_EQ(f.m_Value, 1e-7f);
+  EXPECT_EQ(f.GetText(), "1e-07");
+
+  CPortVector v("V", "", {1, 2, 3}, {0.1f, 0.1f, 0.1f}, {-5, -5, -5}, {5, 5, 5});
+  EXPECT_EQ(v.GetText(), "1 2 3");
+  v.SetText("1 2");  // not all three: untouched
+  EXPECT_EQ(v.GetText(), "1 2 3");
+  v.SetText("4.5 -9 0.25");
+  EXPECT_EQ(v.GetText(), "4.5 -5 0.25");
+  EXPECT_EQ(v.GetText("Y"), "-5");
+  EXPECT_EQ(v.GetText("q"), "");
+  v.SetText("z", "9");
+  EXPECT_EQ(v.m_Value.z, 5.0f);
+  v.SetText("w", "1");
+  v.SetText("x", "abc");
+  EXPECT_EQ(v.GetText(), "4.5 -5 5");
+
+  CPortColor c("C", "", {0, 0, 0, 1}, {0, 0, 0, 0}, {1, 1, 1, 1});
+  c.SetText("0.5 2 -1 0.25");
+  EXPECT_EQ(c.GetText(), "0.5 1 0 0.25");
+  c.SetText("1 1 1");
+  EXPECT_EQ(c.GetText(), "0.5 1 0 0.25");
+
+  CPortString s("S", "", "abc");
+  s.SetText("x = 1; y = 2");
+  EXPECT_EQ(s.GetText(), "x = 1; y = 2");
+
+  CPortTexture t("T", "");
+  EXPECT_EQ(t.GetText(), "<Missing>");
+  t.SetText("ignored");
+  EXPECT_EQ(t.m_Value, nullptr);
+}
+
+TEST(PortRect, SubPortsNamesRangesAndText) {
+  std::unique_ptr<CPortRect> r(MakeViewportPort("Viewport", "Area"));
+  EXPECT_EQ(r->m_NumSubPorts, 4);
+  EXPECT_EQ(r->FindSubPort("W"), r->GetSubPort(2));
+  EXPECT_EQ(r->FindSubPort("q"), nullptr);
+  EXPECT_EQ(r->GetSubPort(4), nullptr);
+  EXPECT_EQ(r->GetSubPort(0)->m_Name, "Viewport.x");
+  EXPECT_EQ(r->GetSubPort(3)->m_Desc, "Area(height)");
+  EXPECT_EQ(r->GetText(), "0 0 1 1");
+  EXPECT_EQ(r->w.m_Step, 0.01f);
+  EXPECT_EQ(r->w.m_Max, 1.0f);
+  r->SetText("0.25 -1 0.5 3");
+  EXPECT_EQ(r->GetText(), "0.25 0 0.5 1");
+  r->SetText("1 2 3");
+  EXPECT_EQ(r->GetText(), "0.25 0 0.5 1");
+}
+
+TEST(PortConnection, TypeRuleWithItsErrorText) {
+  LogCapture log;
+  CPortColor color("C", "", {}, {}, {1, 1, 1, 1});
+  CPortVector vec("V", "", {}, {}, {}, {});
+  EXPECT_FALSE(ConnectPorts(&color, &vec));
+  EXPECT_EQ(log.LastError(), "Unable to created a connection between nodes of different type 4 -> 8");
+  EXPECT_EQ(vec.m_Source, nullptr);
+  EXPECT_FALSE(color.m_Connected);
+
+  CPortBool b("B", "", false);
+  b.m_IsInput = false;
+  CPortFloat f("F", "", 0, 0, 0, 1);
+  EXPECT_TRUE(ConnectPorts(&b, &f));
+  EXPECT_EQ(f.m_Source, &b);
+  EXPECT_TRUE(f.IsConnected());
+  EXPECT_TRUE(b.IsConnected());
+
+  CPortMesh out("M", ""), in("M", "");
+  out.m_IsInput = false;
+  in.m_Changed = false;
+  EXPECT_TRUE(ConnectPorts(&out, &in));
+  EXPECT_TRUE(in.m_Changed);
+  in.m_Changed = false;
+  DisconnectPort(&in);
+  EXPECT_FALSE(in.IsConnected());
+  EXPECT_TRUE(in.m_Changed);
+  EXPECT_TRUE(out.m_Connected);  // never cleared by a removal
+}
+
+namespace {
+// A source node whose single out-port is of the given class.
+template <typename P>
+class CSourceNode : public CNode {
+ public:
+  explicit CSourceNode(P *out) {
+    out->m_IsInput = false;
+    out->SetOwner(this);
+    m_OutPorts.push_back(out);
+  }
+  P *Out() { return static_cast<P *>(m_OutPorts[0]); }
+  void Update(float, FrameInfo *) override { ++runs; }
+  int runs = 0;
+};
+}  // namespace
+
+TEST(PortPull, NumericConversionsAlongConnections) {
+  CSourceNode<CPortFloat> fsrc(new CPortFloat("F", "", 0, 0, 0, 1));
+  CPortInt i("I", "", 0, -100, 100);
+  CPortBool b("B", "", false);
+  ASSERT_TRUE(ConnectPorts(fsrc.Out(), &i));
+  ASSERT_TRUE(ConnectPorts(fsrc.Out(), &b));
+  const struct {
+    float f;
+    int i;
+    bool b;
+  } cases[] = {{2.9f, 2, true}, {-2.9f, -2, false}, {0.5f, 0, true}, {0.49f, 0, false}, {1e20f, INT32_MAX, true}};
+  for (auto c : cases) {
+    fsrc.Out()->m_Value = c.f;
+    i.Update(0);
+    b.Update(0);
+    EXPECT_EQ(i.m_Value, c.i) << c.f;
+    EXPECT_EQ(b.m_Value, c.b) << c.f;
+  }
+  // Values over a connection ignore the in-port's range.
+  CPortFloat ranged("R", "", 0, 0, 0, 10);
+  ASSERT_TRUE(ConnectPorts(fsrc.Out(), &ranged));
+  fsrc.Out()->m_Value = 11.0f;
+  ranged.Update(0);
+  EXPECT_EQ(ranged.m_Value, 11.0f);
+
+  CSourceNode<CPortInt> isrc(new CPortInt("I", "", 7, 0, 10));
+  CSourceNode<CPortBool> bsrc(new CPortBool("B", "", true));
+  CPortFloat f("F", "", 0, 0, 0, 1);
+  ConnectPorts(isrc.Out(), &f);
+  f.Update(0);
+  EXPECT_EQ(f.m_Value, 7.0f);
+  ConnectPorts(bsrc.Out(), &f);
+  f.Update(0);
+  EXPECT_EQ(f.m_Value, 1.0f);
+  isrc.Out()->m_Value = 0;
+  ConnectPorts(isrc.Out(), &b);
+  b.Update(0);
+  EXPECT_FALSE(b.m_Value);
+}
+
+TEST(PortPull, ChangeFlagsAndUnconnectedPorts) {
+  CSourceNode<CPortFloat> src(new CPortFloat("F", "", 3, 0, 0, 1));
+  CPortFloat f("F", "", 0, 0, 0, 1);
+  CPortInt i("I", "", 0, 0, 10);
+  ConnectPorts(src.Out(), &f);
+  ConnectPorts(src.Out(), &i);
+  src.Out()->m_Changed = false;
+  f.m_Changed = true;
+  i.m_Changed = true;
+  f.Update(0);
+  i.Update(0);
+  EXPECT_FALSE(f.m_Changed);  // a Float port takes the source's flag, also false
+  EXPECT_TRUE(i.m_Changed);   // others only ever gain it
+  EXPECT_EQ(src.runs, 2);
+  EXPECT_TRUE(src.m_Updated);
+
+  // Unconnected: value ports keep their value, pointer ports go null.
+  DisconnectPort(&f);
+  f.m_Value = 42.0f;
+  f.Update(0);
+  EXPECT_EQ(f.m_Value, 42.0f);
+  CPortObject obj("O", "");
+  obj.m_Value = reinterpret_cast<CPDObject *>(&f);
+  obj.Update(0);
+  EXPECT_EQ(obj.m_Value, nullptr);
+  EXPECT_EQ(src.runs, 2);
+}
+
+TEST(PortClone, CopiesTypedFieldsAndResetsFlags) {
+  CPortInt proto("Shape", "Shape type", 2, 0, 5);
+  proto.AddValue(0, "Sphere");
+  proto.m_Changed = false;
+  proto.m_Connected = true;
+  std::unique_ptr<CPort> c(proto.Clone());
+  auto *ci = dynamic_cast<CPortInt *>(c.get());
+  ASSERT_NE(ci, nullptr);
+  EXPECT_EQ(ci->m_Value, 2);
+  EXPECT_EQ(ci->m_Max, 5);
+  EXPECT_EQ(ci->m_Desc, "Shape type");
+  EXPECT_TRUE(ci->m_Changed);
+  EXPECT_FALSE(ci->m_Connected);
+  ASSERT_TRUE(ci->m_Values);
+  EXPECT_NE(ci->m_Values.get(), proto.m_Values.get());
+  ci->SetText("SPHERE");
+  EXPECT_EQ(ci->m_Value, 0);
+
+  std::unique_ptr<CPortRect> r(MakeViewportPort("Viewport", "Area"));
+  r->x.m_Value = 0.5f;
+  std::unique_ptr<CPort> rc(r->Clone());
+  EXPECT_EQ(rc->GetText(), "0.5 0 1 1");
+  EXPECT_EQ(rc->GetSubPort(1)->m_Name, "Viewport.y");
+
+  CPortMesh mesh("Mesh", "Mesh in");
+  std::unique_ptr<CPort> mc(mesh.Clone());
+  EXPECT_NE(dynamic_cast<CPortMesh *>(mc.get()), nullptr);
+  EXPECT_EQ(mc->m_Type, PT_Mesh);
+}

@@ -1,0 +1,191 @@
+// The XML serializer: value forms, the two ways of reading children, error
+// text, and nodes written and read back through it.
+#include "nodes/value/SinNode.h"
+#include "scene/PortPointers.h"
+#include "scene/SerializeXML.h"
+#include "support/TestNodes.h"
+
+#include <gtest/gtest.h>
+#include <tinyxml.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+TEST(SerializeStore, FloatIntAndBoolForms) {
+  const struct {
+    float v;
+    const char *text;
+  } floats[] = {{1.5f, "1.5"}, {2.0f, "2"}, {0.25f, "0.25"}, {100.0f, "100"}, {0.0f, "0"},
+                {-3.0f, "-3"}, {0.0000004f, "0"}, {-0.0000004f, "0"}, {1.0f / 3.0f, "0.333333"}};
+  for (auto f : floats) EXPECT_EQ(CSerializeXMLStore::FormatFloat(f.v), f.text) << f.v;
+
+  TiXmlElement e("Port");
+  CSerializeXMLStore s(&e);
+  EXPECT_EQ(s.Serialize("B", true), true);
+  s.Serialize("I", -12);
+  s.Serialize("F", 2.5f);
+  s.Serialize("S", "x<y");
+  s.Serialize("B", false);  // replaces, keeps its place
+  TiXmlPrinter p;
+  e.Accept(&p);
+  EXPECT_STREQ(p.CStr(), "<Port B=\"false\" I=\"-12\" F=\"2.5\" S=\"x&lt;y\" />\n");
+}
+
+TEST(SerializeLoad, ValuesKeepDefaultsWhenMissingOrEmpty) {
+  CSerializeXMLLoad l;
+  ASSERT_TRUE(l.LoadText("<N A=\"TRUE\" B=\"yes\" C=\"1\" D=\"on\" E=\"\" F=\"2.5x\" I=\"7.9\" J=\"abc\"/>"));
+  l.EnterElement("N");
+  EXPECT_TRUE(l.Serialize("A", false));
+  EXPECT_FALSE(l.Serialize("B", true));
+  EXPECT_TRUE(l.Serialize("C", false));
+  EXPECT_TRUE(l.Serialize("D", false));
+  EXPECT_TRUE(l.Serialize("E", true));  // empty keeps the default
+  EXPECT_TRUE(l.Serialize("Missing", true));
+  EXPECT_EQ(l.Serialize("F", 0.0f), 2.5f);
+  EXPECT_EQ(l.Serialize("I", 0), 7);
+  EXPECT_EQ(l.Serialize("J", 5), 0);
+  EXPECT_EQ(l.Serialize("E", std::string("def")), "def");
+  l.LeaveElement();
+}
+
+TEST(SerializeLoad, SequentialReadingConsumesOneChildPerEnter) {
+  CSerializeXMLLoad l;
+  ASSERT_TRUE(l.LoadText("<R><B v=\"1\"/><A v=\"2\"/><C v=\"3\"/></R>"));
+  l.EnterElement("R");
+  l.EnterElement("A");  // mismatches and consumes B
+  EXPECT_EQ(l.Serialize("v", 0), 0);
+  l.LeaveElement();
+  l.EnterElement("B");  // mismatches and consumes A
+  EXPECT_EQ(l.Serialize("v", 0), 0);
+  l.LeaveElement();
+  l.EnterElement("C");
+  EXPECT_EQ(l.Serialize("v", 0), 3);
+  l.LeaveElement();
+  l.LeaveElement();
+}
+
+TEST(SerializeLoad, IteratingVisitsElementsOnlyAndEnterKeepsTheCursor) {
+  CSerializeXMLLoad l;
+  ASSERT_TRUE(l.LoadText("<R><!-- note --><Node Name=\"a\" X=\"1\"/>text<Conn From=\"a\"/><Node Name=\"b\" X=\"2\"/></R>"));
+  l.EnterElement("R");
+  std::vector<std::string> seen;
+  int sum = 0;
+  for (l.FirstChild(); l.HasChild(); l.NextChild()) {
+    seen.push_back(l.GetChildName() + ":" + l.GetChildAttribute("Name"));
+    if (l.GetChildName() == "Node") {
+      l.EnterElement("Node");
+      sum += l.Serialize("X", 0);
+      l.LeaveElement();
+    }
+  }
+  l.LeaveElement();
+  EXPECT_EQ(seen, (std::vector<std::string>{"Node:a", "Conn:", "Node:b"}));
+  EXPECT_EQ(sum, 3);
+
+  CSerializeXMLLoad empty;
+  empty.FirstChild();
+  EXPECT_FALSE(empty.HasChild());
+}
+
+TEST(SerializeLoad, BrokenFilesReportRowAndColumn) {
+  CSerializeXMLLoad l;
+  EXPECT_FALSE(l.LoadText("<Scene>\n  <Node Type=\"Sin\" Name=\"a\"\n</Scene>"));
+  EXPECT_EQ(l.GetError(), "\"Error reading Attributes.\" at 3,1");
+  EXPECT_FALSE(l.LoadText("<Scene>\n  <Node/>\n"));  // truncated
+  EXPECT_EQ(l.GetError(), "\"Error reading end tag.\" at 3,1");
+  EXPECT_FALSE(l.Load("/nonexistent/velmor.vms"));
+  EXPECT_FALSE(l.GetError().empty());
+  // Nothing was entered: values stay at their defaults.
+  l.EnterElement("Scene");
+  EXPECT_EQ(l.Serialize("x", 4), 4);
+  l.LeaveElement();
+}
+
+TEST(SerializeLoad, StartingFromAnElementOfAnotherDocument) {
+  TiXmlDocument doc;
+  doc.Parse("<Cmd><Other/><Node Type=\"Sin\" Min=\"3\"/></Cmd>");
+  const TiXmlElement *node = doc.RootElement()->FirstChildElement("Node");
+  CSerializeXMLLoad l(doc, node);
+  l.EnterElement("Node");
+  EXPECT_EQ(l.Serialize("Min", 0.0f), 3.0f);
+  l.LeaveElement();
+}
+
+TEST(NodeSerialize, StoreAndLoadRoundTripThroughAFile) {
+  TestGraph g;
+  auto *sin = g.Add<CSinNode>(CSinNode::CreateInfo(), "Sin1");
+  sin->FindInPort("Min")->SetText("-0.5");
+  sin->FindInPort("Frequency")->SetText("2.25");
+  char path[] = "/tmp/velmor-node-XXXXXX";
+  close(mkstemp(path));
+  {
+    CSerializeXMLStore store(path);
+    store.EnterElement("Nodes");
+    sin->Serialize(store);
+    store.LeaveElement();
+  }  // written by the destructor
+  std::ifstream in(path);
+  std::stringstream text;
+  text << in.rdbuf();
+  EXPECT_NE(text.str().find("<Node Type=\"Sin\" Name=\"Sin1\" Min=\"-0.5\" Max=\"1\" Offset=\"0\" Frequency=\"2.25\" />"),
+            std::string::npos)
+      << text.str();
+
+  auto *copy = g.Add<CSinNode>(g.infos[0].release(), "Sin7");
+  CSerializeXMLLoad load;
+  ASSERT_TRUE(load.Load(path));
+  load.EnterElement("Nodes");
+  copy->Serialize(load);
+  load.LeaveElement();
+  unlink(path);
+  EXPECT_EQ(copy->m_Name, "Sin1");
+  EXPECT_EQ(copy->FindInPort("Min")->GetText(), "-0.5");
+  EXPECT_EQ(copy->FindInPort("Frequency")->GetText(), "2.25");
+}
+
+TEST(NodeSerialize, FileValuesObeyRangesAndUnknownAttributesAreIgnored) {
+  TestGraph g;
+  auto *sin = g.Add<CSinNode>(CSinNode::CreateInfo(), "Sin1");
+  CSerializeXMLLoad l;
+  ASSERT_TRUE(l.LoadText("<Node Type=\"Sin\" Min=\"-20000\" Frequency=\"0\" Bogus=\"1\"/>"));
+  sin->Serialize(l);
+  EXPECT_EQ(sin->m_Name, "Sin1");  // no Name attribute: the generated one stays
+  EXPECT_EQ(sin->FindInPort("Min")->GetText(), "-10000");
+  EXPECT_EQ(sin->FindInPort("Frequency")->GetText(), "1e-06");
+  EXPECT_EQ(sin->FindInPort("Max")->GetText(), "1");
+}
+
+TEST(PortCatalogue, PrototypesPrintTheirTypeSpecificAttributes) {
+  auto fragment = [](CPort &port, bool input) {
+    port.m_IsInput = input;
+    TiXmlElement e("Port");
+    CSerializeXMLStore s(&e);
+    s.m_Mode = SM_Catalogue;
+    port.Serialize(s);
+    TiXmlPrinter p;
+    p.SetStreamPrinting();
+    e.Accept(&p);
+    return std::string(p.CStr());
+  };
+  CPortBool b("Invert", "Invert the waveform", false);
+  EXPECT_EQ(fragment(b, true), "<Port Type=\"Bool\" Name=\"Invert\" Desc=\"Invert the waveform\" Input=\"true\" Invert=\"false\" />");
+  CPortFloat f("Value", "Computed value", 0, 0.01f, 0, 1);
+  EXPECT_EQ(fragment(f, false),
+            "<Port Type=\"Float\" Name=\"Value\" Desc=\"Computed value\" Input=\"false\" Value=\"0\" Min=\"0\" Max=\"1\" Step=\"0.01\" />");
+  CPortInt i("WaveformType", "The type", 0, 0, 5);
+  EXPECT_EQ(fragment(i, true), "<Port Type=\"Int\" Name=\"WaveformType\" Desc=\"The type\" Input=\"true\" WaveformType=\"0\" Min=\"0\" Max=\"5\" />");
+  i.AddValue(1, "Square")->AddValue(0, "Sine");
+  EXPECT_EQ(fragment(i, true),
+            "<Port Type=\"Int\" Name=\"WaveformType\" Desc=\"The type\" Input=\"true\" WaveformType=\"0\" Min=\"0\" Max=\"5\">"
+            "<Values><Value Name=\"Sine\" Value=\"0\" /><Value Name=\"Square\" Value=\"1\" /></Values></Port>");
+  CPortVector v("Pos", "P", {1, 2, 3}, {0.1f, 0.1f, 0.1f}, {-1, -1, -1}, {9, 9, 9});
+  EXPECT_EQ(fragment(v, true),
+            "<Port Type=\"Vector\" Name=\"Pos\" Desc=\"P\" Input=\"true\" Value=\"1 2 3\" Step=\"0.1 0.1 0.1\" Min=\"-1 -1 -1\" Max=\"9 9 9\" />");
+  std::unique_ptr<CPortRect> r(MakeViewportPort("Viewport", "V"));
+  EXPECT_EQ(fragment(*r, true),
+            "<Port Type=\"Rect\" Name=\"Viewport\" Desc=\"V\" Input=\"true\" Value=\"0 0 1 1\" Min=\"0 0 0 0\" Max=\"1 1 1 1\" Step=\"0.01 0.01 0.01 0.01\" />");
+  CPortTexture t("Texture", "Tex");
+  EXPECT_EQ(fragment(t, true), "<Port Type=\"Texture\" Name=\"Texture\" Desc=\"Tex\" Input=\"true\" />");
+}
