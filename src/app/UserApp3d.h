@@ -5,21 +5,22 @@
 #include <string>
 
 #include "platform/WindowMessage.h"
+#include "render/Render.h"
 
 class CSerialize;
 
-class CUserApp3d {
+class CUserApp3d : public CRenderClient {
  public:
   virtual ~CUserApp3d() = default;
   virtual bool Init() = 0;
   virtual void Free() = 0;
   virtual void Configure() = 0;
-  virtual bool Render() = 0;
+  bool Render() override = 0;
   virtual bool Update(float dt) = 0;
   virtual bool RestoreDeviceObjects() = 0;
-  virtual bool InvalidateDeviceObjects() = 0;
+  bool InvalidateDeviceObjects() override = 0;
   virtual std::string GetAppName() = 0;
-  virtual bool FrameFinished() = 0;
+  bool FrameFinished() override = 0;
   // The interface a visualizer host drives.
   virtual void GetPresetName(int, char *out) { out[0] = 0; }
   virtual int GetPresetCount() { return 0; }

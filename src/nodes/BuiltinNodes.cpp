@@ -1,5 +1,6 @@
 #include "nodes/BuiltinNodes.h"
 
+#include <memory>
 #include <vector>
 
 #include "nodes/value/SinNode.h"
@@ -13,13 +14,12 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
 };
 
 // Built-in records live for the whole run, shared by every factory.
-const std::vector<CNodeInfo *> &BuiltinRecords() {
-  static const std::vector<CNodeInfo *> records = [] {
-    std::vector<CNodeInfo *> r;
+const std::vector<std::unique_ptr<CNodeInfo>> &BuiltinRecords() {
+  static const std::vector<std::unique_ptr<CNodeInfo>> records = [] {
+    std::vector<std::unique_ptr<CNodeInfo>> r;
     for (auto create : kBuiltinTypes) {
-      CNodeInfo *info = create();
-      info->m_BuiltIn = true;
-      r.push_back(info);
+      r.emplace_back(create());
+      r.back()->m_BuiltIn = true;
     }
     return r;
   }();
@@ -28,7 +28,7 @@ const std::vector<CNodeInfo *> &BuiltinRecords() {
 }  // namespace
 
 void RegisterBuiltinNodes(CNodeFactory &factory) {
-  for (CNodeInfo *info : BuiltinRecords()) factory.AddNodeType(info);
+  for (const auto &info : BuiltinRecords()) factory.AddNodeType(info.get());
 }
 
 void InstallBuiltinNodes() { CNodeFactory::SetBuiltinRegistrar(&RegisterBuiltinNodes); }
