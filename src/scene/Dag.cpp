@@ -163,7 +163,7 @@ void CDag::Step(float dt, bool warmup) {
   f.Restart = false;
   if (!warmup) {
     m_DrawList.Reset();
-    m_Screen->AddToDrawList(m_DrawList, m_DrawList.Head(), nullptr);
+    m_Screen->WalkDrawList(m_DrawList, m_DrawList.Head(), nullptr);
   }
 }
 

@@ -95,6 +95,20 @@ void CNode::Pull(float time) {
   m_Updated = true;
 }
 
+void CNode::WalkDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera) {
+  if (m_WalkDepth > 0 || g_PullDepth >= MAX_PULL_DEPTH) return;
+  ++m_WalkDepth;
+  ++g_PullDepth;
+  AddToDrawList(list, parents, camera);
+  --g_PullDepth;
+  --m_WalkDepth;
+}
+
+void CNode::WalkSource(const CPort *inPort, CDrawList &list, CDrawItemList &parents, const CCamera *camera) {
+  if (inPort && inPort->m_Source && inPort->m_Source->m_Node)
+    inPort->m_Source->m_Node->WalkDrawList(list, parents, camera);
+}
+
 void CNode::ReportCycle() {
   if (m_CycleReported) return;
   m_CycleReported = true;

@@ -48,6 +48,12 @@ class CNode {
   // once and cut there.
   void Pull(float time);
 
+  // How the draw list is walked: AddToDrawList behind a guard, so that a
+  // cycle of Object or Render connections adds nothing the second time.
+  void WalkDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera);
+  // Walks the node behind an in-port, if it is connected.
+  static void WalkSource(const CPort *inPort, CDrawList &list, CDrawItemList &parents, const CCamera *camera);
+
   // Typed port lookups for Init; null when the port is missing or of another class.
   template <typename P>
   P *InPort(const char *name) const {
@@ -70,6 +76,7 @@ class CNode {
  private:
   void ReportCycle();
   int m_PullDepth = 0;
+  int m_WalkDepth = 0;
   bool m_CycleReported = false;
 };
 
