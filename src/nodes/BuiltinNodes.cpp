@@ -3,6 +3,11 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/render/ClearNode.h"
+#include "nodes/render/MeshObjectNode.h"
+#include "nodes/render/RenderObjectNode.h"
+#include "nodes/render/RenderRectNode.h"
+#include "nodes/render/ScreenNode.h"
 #include "nodes/value/SinNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/NodeInfo.h"
@@ -11,6 +16,11 @@ namespace {
 // Catalogue order: scene files and editors list types in this order.
 CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSinNode::CreateInfo,
+    &CScreenNode::CreateInfo,
+    &CClearNode::CreateInfo,
+    &CRenderObjectNode::CreateInfo,
+    &CMeshObjectNode::CreateInfo,
+    &CRenderRectNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.
