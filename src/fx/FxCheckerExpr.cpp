@@ -191,7 +191,7 @@ void CFxChecker::Assign(FxExpr &e) {
     CFxType common;
     if (!target.IsNumeric() || !CommonType(target, e.args[1]->type, common))
       Fail(e.at, "operator '" + e.text + "' cannot combine " + TypeName(target) + " and " + TypeName(e.args[1]->type));
-    if (e.args[1]->type.IsScalar()) {
+    if (e.args[1]->type.IsScalar() && e.text != "%=") {  // GLSL takes v op= s, but our fmod wants one type
       Convert(e.args[1], CFxType::Scalar(target.base));
       e.type = target;
       return;

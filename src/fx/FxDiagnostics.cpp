@@ -33,3 +33,12 @@ std::string CFxDiagnostics::Listing() const {
   if (m_Dropped > 0) text += "(" + std::to_string(m_Dropped) + " more messages)\n";
   return text;
 }
+
+void CFxDiagnostics::Append(const CFxDiagnostics &other) {
+  m_ErrorCount += other.m_ErrorCount;
+  m_Dropped += other.m_Dropped;
+  for (const std::string &m : other.m_Messages) {
+    if (m_Messages.size() < MaxMessages) m_Messages.push_back(m);
+    else ++m_Dropped;
+  }
+}

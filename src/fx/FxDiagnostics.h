@@ -22,6 +22,11 @@ class CFxDiagnostics {
   void Error(FxLocation at, const std::string &message);
   void Warning(FxLocation at, const std::string &message);
 
+  // Takes over another compile's file names, so that its locations read the
+  // same here; and appends its messages.
+  void AdoptFiles(const CFxDiagnostics &other) { m_Files = other.m_Files; }
+  void Append(const CFxDiagnostics &other);
+
   bool HasErrors() const { return m_ErrorCount > 0; }
   int ErrorCount() const { return m_ErrorCount; }
   const std::vector<std::string> &Messages() const { return m_Messages; }

@@ -52,6 +52,7 @@ std::unique_ptr<CFxEffect> CFxEffect::Create(const std::string &text, const std:
   std::vector<FxToken> tokens = pp.Run(text, fileName);
   if (!diag.HasErrors()) CFxParser(tokens, diag).Parse(fx->m_Unit);
   if (diag.HasErrors() || !fx->Build(diag)) return nullptr;
+  fx->m_Files.AdoptFiles(diag);
   return fx;
 }
 
@@ -174,6 +175,14 @@ CFxParameter *CFxEffect::FindParameter(const std::string &name) {
 }
 
 bool CFxEffect::TranslatePass(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag) {
+  CFxDiagnostics local;
+  local.AdoptFiles(m_Files);
+  bool ok = Translate(pass, out, local);
+  diag.Append(local);
+  return ok;
+}
+
+bool CFxEffect::Translate(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag) {
   CFxChecker checker(m_Unit, diag);
   const FxFunction *entries[2] = {nullptr, nullptr};
   const FxExpr *programs[2] = {pass.vertexProgram, pass.fragmentProgram};

@@ -108,7 +108,10 @@ class CFxEffect {
   bool BuildPass(const FxPassDecl &decl, CFxPass &pass, CFxDiagnostics &diag);
   void Annotations(const std::vector<FxAnnotation> &in, std::vector<CFxAnnotationValue> &out, CFxDiagnostics &diag);
 
+  bool Translate(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag);
+
   FxTranslationUnit m_Unit;
+  CFxDiagnostics m_Files;  // the file names locations refer to
   std::vector<CFxTechnique> m_Techniques;
   std::vector<CFxParameter> m_Parameters;
 };

@@ -105,7 +105,11 @@ bool CFxGlslEmitter::EmitStage(EStage stage, const FxExpr &compile, std::string 
   for (const FxFunction *f : m_Functions) functions += Function(*f);
   std::string helpers = Helpers();  // after the functions: they decide which helpers are needed
   text = "#version 120\n";
-  if (m_NeedsLod && stage == EStage::Fragment) text += "#extension GL_ARB_shader_texture_lod : require\n";
+  // Vertex programs have the Lod lookups in GLSL 1.20 itself, but strict
+  // front ends still ask for the extension; the fragment stage needs it.
+  if (m_NeedsLod)
+    text += stage == EStage::Fragment ? "#extension GL_ARB_shader_texture_lod : require\n"
+                                      : "#extension GL_ARB_shader_texture_lod : enable\n";
   text += decls + globals + helpers + functions;
   size_t body = main.find("{\n");
   text += main.substr(0, body + 2) + prologue + main.substr(body + 2);

@@ -247,7 +247,8 @@ std::string CFxGlslEmitter::Intrinsic(const FxExpr &e) {
     case EFxRule::Tex:
       if (in.form == EFxTexForm::Lod || in.form == EFxTexForm::Bias ||
           (in.form == EFxTexForm::Proj && in.sampler == EFxBase::SamplerCube)) {
-        m_NeedsLod = m_NeedsLod || in.form == EFxTexForm::Lod;
+        m_NeedsLod = m_NeedsLod || in.form == EFxTexForm::Lod ||
+                     (in.form == EFxTexForm::Bias && m_Stage == EStage::Vertex);
         std::string helper = std::string("cg_") + in.name;
         m_Helpers.insert(helper);
         return helper + Args(e);
