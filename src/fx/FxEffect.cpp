@@ -51,12 +51,12 @@ std::unique_ptr<CFxEffect> CFxEffect::Create(const std::string &text, const std:
   CFxPreprocessor pp(diag, include);
   std::vector<FxToken> tokens = pp.Run(text, fileName);
   if (!diag.HasErrors()) CFxParser(tokens, diag).Parse(fx->m_Unit);
-  if (diag.HasErrors() || !fx->Build(diag)) return nullptr;
+  if (diag.HasErrors() || !fx->Build(diag, FxLocation{diag.AddFile(fileName), 1})) return nullptr;
   fx->m_Files.AdoptFiles(diag);
   return fx;
 }
 
-bool CFxEffect::Build(CFxDiagnostics &diag) {
+bool CFxEffect::Build(CFxDiagnostics &diag, FxLocation start) {
   CFxChecker checker(m_Unit, diag);
   checker.CheckGlobals();
   for (const auto &v : m_Unit.globals)
@@ -71,7 +71,7 @@ bool CFxEffect::Build(CFxDiagnostics &diag) {
     }
     m_Techniques.push_back(std::move(tech));
   }
-  if (m_Techniques.empty() && !diag.HasErrors()) diag.Error(FxLocation{}, "the effect has no technique");
+  if (m_Techniques.empty() && !diag.HasErrors()) diag.Error(start, "the effect has no technique");
   return !diag.HasErrors();
 }
 

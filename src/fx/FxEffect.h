@@ -103,7 +103,7 @@ class CFxEffect {
 
  private:
   CFxEffect() = default;
-  bool Build(CFxDiagnostics &diag);
+  bool Build(CFxDiagnostics &diag, FxLocation start);
   bool BuildParameter(const FxVar &v, CFxDiagnostics &diag);
   bool BuildPass(const FxPassDecl &decl, CFxPass &pass, CFxDiagnostics &diag);
   void Annotations(const std::vector<FxAnnotation> &in, std::vector<CFxAnnotationValue> &out, CFxDiagnostics &diag);

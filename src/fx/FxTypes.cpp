@@ -106,7 +106,11 @@ int ConversionCost(const CFxType &from, const CFxType &to) {
     return from.IsSampler() && to.IsSampler() && from.arraySize == to.arraySize ? 8 : -1;
   }
   int cost = 0;
-  if (from.base != to.base) cost += (from.IsFloatLike() && to.IsFloatLike()) ? 1 : 2;
+  if (from.base != to.base) {
+    // precision changes are cheapest; bool prefers int to the float types
+    bool boolToFloat = from.base == EFxBase::Bool && to.IsFloatLike();
+    cost += (from.IsFloatLike() && to.IsFloatLike()) ? 1 : boolToFloat ? 3 : 2;
+  }
   if (from.IsScalar() && !to.IsScalar()) return cost + 4;
   if (from.matrix != to.matrix) return -1;
   if (from.rows == to.rows && from.cols == to.cols) return cost;
