@@ -2,22 +2,12 @@
 
 #include "core/Clock.h"
 #include "core/Log.h"
+#include "fx/FxText.h"
 
-#include <fstream>
-#include <sstream>
 
 namespace {
 int g_ErrorCount = 0;
 int64_t g_ErrorStamp = 0;
-
-bool ReadFile(const std::string &path, std::string &text) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream s;
-  s << in.rdbuf();
-  text = s.str();
-  return true;
-}
 }  // namespace
 
 const char *FxErrorString(long error) {
@@ -99,22 +89,19 @@ CFx::~CFx() = default;
 bool CFx::Create(const std::string &text, const std::string &fileName, const std::string &folder) {
   m_Effect.reset();
   CFxDiagnostics diag;
-  m_Effect = CFxEffect::Create(text, fileName, diag, [&folder](const std::string &name, std::string &out) {
-    return ReadFile(name[0] == '/' ? name : folder + name, out);
-  });
+  m_Effect = CFxEffect::Create(text, fileName, diag, FxFolderIncludes(folder));
   if (!m_Effect) m_Manager->RaiseError(FX_COMPILER_ERROR, diag.Listing());
   return m_Effect != nullptr;
 }
 
 bool CFx::Load(const char *path) {
   std::string text, p = path;
-  if (!ReadFile(p, text)) {
+  if (!ReadFxFile(p, text)) {
     m_Effect.reset();
     m_Manager->RaiseError(FX_FILE_READ_ERROR, "");
     return false;
   }
-  size_t slash = p.rfind('/');
-  return Create(text, p, slash == std::string::npos ? "" : p.substr(0, slash + 1));
+  return Create(text, p, FxFolderOf(p));
 }
 
 bool CFx::Parse(const char *text) { return Create(text, "<text>", ""); }

@@ -35,13 +35,29 @@ std::string FilterShaderHeader(const std::string &bytes) {
   return out;
 }
 
-void LoadShaderHeader(const char *path) {
-  if (!g_ShaderHeader.empty()) return;
+bool ReadFxFile(const std::string &path, std::string &text) {
   std::ifstream in(path, std::ios::binary);
-  if (!in) return;
+  if (!in) return false;
   std::ostringstream s;
   s << in.rdbuf();
-  g_ShaderHeader = FilterShaderHeader(s.str());
+  text = s.str();
+  return true;
+}
+
+FxIncludeCallback FxFolderIncludes(const std::string &folder) {
+  return [folder](const std::string &name, std::string &text) {
+    return ReadFxFile(name[0] == '/' ? name : folder + name, text);
+  };
+}
+
+std::string FxFolderOf(const std::string &path) {
+  size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1);
+}
+
+void LoadShaderHeader(const char *path) {
+  std::string bytes;
+  if (g_ShaderHeader.empty() && ReadFxFile(path, bytes)) g_ShaderHeader = FilterShaderHeader(bytes);
 }
 
 const std::string &GetShaderHeader() { return g_ShaderHeader; }

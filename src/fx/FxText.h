@@ -2,7 +2,17 @@
 // Text composition for effects built at run time: the shared shader header,
 // and declarations added only when the user's text uses a name.
 
+#include "fx/FxPreprocessor.h"
+
 #include <string>
+
+// A whole file, bytes as they are; false when it cannot be read.
+bool ReadFxFile(const std::string &path, std::string &text);
+// Includes resolved against the folder of the including effect file
+// (`folder` ends with '/' or is empty).
+FxIncludeCallback FxFolderIncludes(const std::string &folder);
+// The folder part of a path, with its '/', or "".
+std::string FxFolderOf(const std::string &path);
 
 // Reads nodedata/shader.cgh (relative to the working folder) once through
 // FilterShaderHeader; a missing file leaves the header empty and is tried

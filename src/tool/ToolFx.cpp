@@ -2,23 +2,13 @@
 #include "core/Log.h"
 #include "fx/FxEffect.h"
 #include "fx/FxListing.h"
+#include "fx/FxText.h"
 #include "tool/ToolCommand.h"
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <sstream>
 
 namespace {
-bool ReadFile(const std::string &path, std::string &text) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream s;
-  s << in.rdbuf();
-  text = s.str();
-  return true;
-}
-
 int RunFx(int argc, char **argv) {
   const char *path = nullptr;
   bool glsl = false, validate = false;
@@ -36,16 +26,12 @@ int RunFx(int argc, char **argv) {
     return 2;
   }
   std::string text;
-  if (!ReadFile(path, text)) {
+  if (!ReadFxFile(path, text)) {
     fprintf(stderr, "fx: cannot read %s\n", path);
     return 1;
   }
-  std::string dir = path;
-  dir = dir.find('/') == std::string::npos ? "" : dir.substr(0, dir.rfind('/') + 1);
   CFxDiagnostics diag;
-  auto effect = CFxEffect::Create(text, path, diag, [&dir](const std::string &name, std::string &out) {
-    return ReadFile(name[0] == '/' ? name : dir + name, out);
-  });
+  auto effect = CFxEffect::Create(text, path, diag, FxFolderIncludes(FxFolderOf(path)));
   fputs(diag.Listing().c_str(), stderr);
   if (!effect) return 1;
   fputs(DescribeEffect(*effect).c_str(), stdout);

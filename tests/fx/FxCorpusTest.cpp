@@ -4,6 +4,7 @@
 // GLSL 1.20 checks.
 #include "FxTestSupport.h"
 #include "fx/FxEffect.h"
+#include "fx/FxText.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +13,7 @@
 namespace {
 std::unique_ptr<CFxEffect> Load(const std::string &path, CFxDiagnostics &diag) {
   std::string dir = FxEffectsDir();
-  return CFxEffect::Create(ReadText(path), path.substr(dir.size()), diag, [dir](const std::string &name, std::string &text) {
-    text = ReadText(dir + name);
-    return !text.empty();
-  });
+  return CFxEffect::Create(ReadText(path), path.substr(dir.size()), diag, FxFolderIncludes(dir));
 }
 
 bool ExpectInvalid(const CFxTechnique &t) {
