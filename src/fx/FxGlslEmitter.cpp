@@ -162,7 +162,7 @@ std::string CFxGlslEmitter::Declarations(CFxPassProgram &out, std::string &prolo
   }
   for (const auto &v : m_Unit.globals) {
     if (!m_Globals.count(v.get())) continue;
-    if (v->type.base == EFxBase::String || v->type.base == EFxBase::Texture) {
+    if (v->type.base == EFxBase::String || v->type.base == EFxBase::Texture || v->type.base == EFxBase::SamplerRect) {
       Error(v->at, "'" + v->name + "' of type " + TypeName(v->type) + " cannot be used in shader code");
       continue;
     }
