@@ -14,6 +14,8 @@ PACKAGES=(
   # libraries
   libtinyxml-dev
   libpulse-dev libsndfile1-dev
+  # benchmark baseline for the audio spectrum
+  libfftw3-dev
   # benchmark baseline for the expression language
   libmuparser-dev
 )
