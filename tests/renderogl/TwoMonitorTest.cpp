@@ -104,6 +104,7 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
   CRenderClientFunctions client;
   render.SetClient(&client);
   ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
+  PinGLDriver();
   ASSERT_EQ(render.UnitCount(), 2);
   EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, 2 * kW, kH}));
 
@@ -168,6 +169,7 @@ TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
   LogCapture log;
   ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
   ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
+  PinGLDriver();
   EXPECT_EQ(render.UnitCount(), 1);
   EXPECT_EQ(render.UnitOfWindow(1), -1);
   EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, kW, kH}));
