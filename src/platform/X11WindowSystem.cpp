@@ -129,16 +129,16 @@ class CX11WindowSystem final : public IWindowSystem {
   int DesktopBitsPerPixel() override { return DefaultDepth(m_Display, DefaultScreen(m_Display)); }
   std::string DisplayName() override { return DisplayString(m_Display); }
 
-  WindowHandle CreateWindow(const WindowSpec &spec) override {
+  WindowHandle CreateWindow(const WindowSpec &windowSpec) override {
     CX11ErrorTrap trap(m_Display);
     Window parent = m_Root;
-    int x = spec.rect.left, y = spec.rect.top;
-    unsigned width = static_cast<unsigned>(std::max(spec.rect.right - spec.rect.left, 1));
-    unsigned height = static_cast<unsigned>(std::max(spec.rect.bottom - spec.rect.top, 1));
-    if (spec.kind == WK_Child) {
+    int x = windowSpec.rect.left, y = windowSpec.rect.top;
+    unsigned width = static_cast<unsigned>(std::max(windowSpec.rect.right - windowSpec.rect.left, 1));
+    unsigned height = static_cast<unsigned>(std::max(windowSpec.rect.bottom - windowSpec.rect.top, 1));
+    if (windowSpec.kind == WK_Child) {
       XWindowAttributes pa;
-      if (!spec.parent || !XGetWindowAttributes(m_Display, spec.parent, &pa) || trap.Failed()) return 0;
-      parent = spec.parent;
+      if (!windowSpec.parent || !XGetWindowAttributes(m_Display, windowSpec.parent, &pa) || trap.Failed()) return 0;
+      parent = windowSpec.parent;
       x = y = 0;
       width = static_cast<unsigned>(pa.width);
       height = static_cast<unsigned>(pa.height);
@@ -159,7 +159,7 @@ class CX11WindowSystem final : public IWindowSystem {
     attr.colormap = XCreateColormap(m_Display, m_Root, visual, AllocNone);
     attr.background_pixel = 0;
     attr.border_pixel = 0;
-    attr.override_redirect = spec.kind == WK_Popup;
+    attr.override_redirect = windowSpec.kind == WK_Popup;
     attr.event_mask = StructureNotifyMask | ExposureMask | KeyPressMask | KeyReleaseMask | ButtonPressMask |
                       ButtonReleaseMask | PointerMotionMask | FocusChangeMask;
     unsigned long mask = CWColormap | CWBackPixel | CWBorderPixel | CWOverrideRedirect | CWEventMask;
@@ -169,8 +169,8 @@ class CX11WindowSystem final : public IWindowSystem {
       XFreeColormap(m_Display, attr.colormap);
       return 0;
     }
-    XStoreName(m_Display, w, spec.title.c_str());
-    if (spec.kind == WK_Framed) {
+    XStoreName(m_Display, w, windowSpec.title.c_str());
+    if (windowSpec.kind == WK_Framed) {
       XSetWMProtocols(m_Display, w, &m_DeleteAtom, 1);
       XSizeHints hints{};
       hints.flags = PPosition | PSize;
@@ -180,10 +180,10 @@ class CX11WindowSystem final : public IWindowSystem {
       hints.height = static_cast<int>(height);
       XSetWMNormalHints(m_Display, w, &hints);
     }
-    Cursor cursor = spec.hideCursor ? BlankCursor(w) : 0;
+    Cursor cursor = windowSpec.hideCursor ? BlankCursor(w) : 0;
     if (cursor) XDefineCursor(m_Display, w, cursor);
-    m_Windows.push_back({w, static_cast<Window>(spec.owner), attr.colormap, cursor});
-    if (spec.visible) XMapRaised(m_Display, w);
+    m_Windows.push_back({w, static_cast<Window>(windowSpec.owner), attr.colormap, cursor});
+    if (windowSpec.visible) XMapRaised(m_Display, w);
     XSync(m_Display, False);
     return static_cast<WindowHandle>(w);
   }

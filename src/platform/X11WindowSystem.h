@@ -60,7 +60,7 @@ class IWindowSystem : public IEventSource {
   virtual std::string DisplayName() = 0;
 
   // 0 when the window can't be made.
-  virtual WindowHandle CreateWindow(const WindowSpec &spec) = 0;
+  virtual WindowHandle CreateWindow(const WindowSpec &windowSpec) = 0;
   // Destroys a window and its owned windows; an unknown window is ignored.
   virtual void DestroyWindow(WindowHandle window) = 0;
   // Client area in the coordinates a child or popup was placed in; false

@@ -141,12 +141,12 @@ bool CRenderWin::CreateScreen(int mode, WindowHandle parent, bool visible) {
 
 bool CRenderWin::CreateChild(int mode, WindowHandle parent, bool visible) {
   if (!m_WindowSystem) return false;
-  WindowSpec spec;
-  spec.kind = WK_Child;
-  spec.parent = parent;
-  spec.title = mode == MODE_Preview ? m_Title + " Preview" : m_Title;
-  spec.visible = visible;
-  WindowHandle w = m_WindowSystem->CreateWindow(spec);
+  WindowSpec windowSpec;
+  windowSpec.kind = WK_Child;
+  windowSpec.parent = parent;
+  windowSpec.title = mode == MODE_Preview ? m_Title + " Preview" : m_Title;
+  windowSpec.visible = visible;
+  WindowHandle w = m_WindowSystem->CreateWindow(windowSpec);
   if (!w) return false;
   m_Windows.push_back({nullptr, false, w});
   TakeWindowRects();
@@ -157,12 +157,12 @@ bool CRenderWin::CreateFramed(int mode, const char *logText, const char *errorTe
   Log("%s", logText);
   WindowHandle w = 0;
   if (m_WindowSystem) {
-    WindowSpec spec;
-    spec.kind = WK_Framed;
-    spec.rect = ToPlatform(FramedWindowRect(mode));
-    spec.title = m_Title;
-    spec.visible = visible;
-    w = m_WindowSystem->CreateWindow(spec);
+    WindowSpec windowSpec;
+    windowSpec.kind = WK_Framed;
+    windowSpec.rect = ToPlatform(FramedWindowRect(mode));
+    windowSpec.title = m_Title;
+    windowSpec.visible = visible;
+    w = m_WindowSystem->CreateWindow(windowSpec);
   }
   if (!w) return LogError("%s", errorText);
   m_Windows.push_back({nullptr, false, w});
@@ -180,14 +180,14 @@ bool CRenderWin::CreateFullScreen(bool visible) {
     Log("Creating full screen window %ld (%ld %ld %ld x %ld)", static_cast<long>(number),
         static_cast<long>(m.m_Rect.left), static_cast<long>(m.m_Rect.top), static_cast<long>(m.m_Rect.Width()),
         static_cast<long>(m.m_Rect.Height()));
-    WindowSpec spec;
-    spec.kind = WK_Popup;
-    spec.owner = GetMainWindow();
-    spec.rect = ToPlatform(m.m_Rect);
-    spec.title = m_Title;
-    spec.visible = visible;
-    spec.hideCursor = true;
-    WindowHandle w = m_WindowSystem->CreateWindow(spec);
+    WindowSpec windowSpec;
+    windowSpec.kind = WK_Popup;
+    windowSpec.owner = GetMainWindow();
+    windowSpec.rect = ToPlatform(m.m_Rect);
+    windowSpec.title = m_Title;
+    windowSpec.visible = visible;
+    windowSpec.hideCursor = true;
+    WindowHandle w = m_WindowSystem->CreateWindow(windowSpec);
     if (!w) return false;
     m_Windows.push_back({&m, true, w});
   }

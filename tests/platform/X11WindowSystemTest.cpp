@@ -93,9 +93,9 @@ TEST(X11WindowSystem, EventsBecomeWindowMessages) {
   VELMOR_REQUIRE_DISPLAY();
   auto ws = OpenX11WindowSystem();
   ASSERT_NE(ws, nullptr);
-  WindowSpec spec;
-  spec.rect = {0, 0, 16, 16};
-  WindowHandle w = ws->CreateWindow(spec);
+  WindowSpec windowSpec;
+  windowSpec.rect = {0, 0, 16, 16};
+  WindowHandle w = ws->CreateWindow(windowSpec);
   ASSERT_NE(w, 0u);
   WindowMessage m;
   while (ws->PollEvent(m)) {
@@ -168,10 +168,10 @@ TEST(GlxContext, ConfigContextAndSwapOnAWindow) {
   GLPixelFormat f = gl->PixelFormat();
   EXPECT_TRUE(f.doubleBuffer);
   EXPECT_GE(f.depthBits, 24);
-  WindowSpec spec;
-  spec.rect = {0, 0, 8, 8};
+  WindowSpec windowSpec;
+  windowSpec.rect = {0, 0, 8, 8};
   ws->SetWindowVisual(visual);
-  WindowHandle w = ws->CreateWindow(spec);
+  WindowHandle w = ws->CreateWindow(windowSpec);
   EXPECT_TRUE(gl->AcceptsWindow(w));
   ASSERT_TRUE(gl->CreateContext());
   EXPECT_TRUE(gl->MakeCurrent(w));

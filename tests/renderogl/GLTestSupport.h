@@ -29,10 +29,10 @@ class GLWindow {
   GLWindow(int width, int height) {
     render.Init();
     if (IWindowSystem *ws = render.GetWindowSystem()) {
-      WindowSpec spec;
-      spec.rect = {0, 0, width, height};
-      spec.title = "velmor test";
-      m_Parent = ws->CreateWindow(spec);
+      WindowSpec windowSpec;
+      windowSpec.rect = {0, 0, width, height};
+      windowSpec.title = "velmor test";
+      m_Parent = ws->CreateWindow(windowSpec);
     }
     render.SetClient(&client);
     m_Ok = m_Parent && render.CreateScreen(kPreviewMode, m_Parent, true) &&
