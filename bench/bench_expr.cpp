@@ -45,7 +45,14 @@ struct Inputs {
   }
 };
 
-void Finish(benchmark::State &state, const CountingAllocator::Scope &allocations) {
+// The timed loop, counting heap allocations per evaluation.
+template <class Evaluate>
+void Measure(benchmark::State &state, Inputs &in, Evaluate evaluate) {
+  CountingAllocator::Scope allocations;
+  for (auto _ : state) {
+    in.Next();
+    benchmark::DoNotOptimize(evaluate());
+  }
   state.counters["allocs/eval"] =
       benchmark::Counter(static_cast<double>(allocations.Allocations()) / static_cast<double>(state.iterations()));
 }
@@ -62,12 +69,7 @@ void RunVelmor(benchmark::State &state, const Case &c) {
     state.SkipWithError("does not compile");
     return;
   }
-  CountingAllocator::Scope allocations;
-  for (auto _ : state) {
-    in.Next();
-    benchmark::DoNotOptimize(evaluator.Evaluate());
-  }
-  Finish(state, allocations);
+  Measure(state, in, [&evaluator] { return evaluator.Evaluate(); });
   if (!evaluator.m_Compiled) state.SkipWithError("evaluation failed");
 }
 
@@ -95,12 +97,7 @@ void RunMuParser(benchmark::State &state, const Case &c) {
     state.SkipWithError(e.GetMsg().c_str());
     return;
   }
-  CountingAllocator::Scope allocations;
-  for (auto _ : state) {
-    in.Next();
-    benchmark::DoNotOptimize(parser.Eval());
-  }
-  Finish(state, allocations);
+  Measure(state, in, [&parser] { return parser.Eval(); });
 }
 #endif
 

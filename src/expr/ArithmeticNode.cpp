@@ -1,11 +1,9 @@
 #include "expr/ArithmeticNode.h"
 
 #include "expr/Expression.h"
-#include "expr/MathError.h"
 #include "expr/OperatorNodes.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace ExprEval {
@@ -29,23 +27,16 @@ enum Code : uint8_t {
   CheckZero, CheckLeaf, Negate,
 };
 
-inline double Pow(double a, double b) {
-  ClearMathError();
-  double result = std::pow(a, b);
-  CheckMathError(result, "^");
-  return result;
-}
-
 [[noreturn]] void DivideByZero() { throw DivideByZeroException(); }
 
 // The five forms of `^`, kept out of the loop.
-double Power(const ArithmeticNode::Op *op, double acc, double *&sp) {
+double PowerOp(const ArithmeticNode::Op *op, double acc, double *&sp) {
   switch (op->code) {
-    case PowConst: return Pow(acc, op->value);
-    case PowLeaf: return Pow(acc, *op->leaf);
-    case RPowConst: return Pow(op->value, acc);
-    case RPowLeaf: return Pow(*op->leaf, acc);
-    default: --sp; return Pow(*sp, acc);
+    case PowConst: return Power(acc, op->value);
+    case PowLeaf: return Power(acc, *op->leaf);
+    case RPowConst: return Power(op->value, acc);
+    case RPowLeaf: return Power(*op->leaf, acc);
+    default: --sp; return Power(*sp, acc);
   }
 }
 
@@ -56,7 +47,7 @@ ArithmeticNode::~ArithmeticNode() {
     if (m_Code[i].code == LoadNode) delete m_Code[i].node;
 }
 
-double ArithmeticNode::Evaluate() { return m_LibraryCalls ? Run<true>() : Run<false>(); }
+double ArithmeticNode::Evaluate() { return m_MakesCalls ? Run<true>() : Run<false>(); }
 
 template <bool kCalls>
 double ArithmeticNode::Run() const {
@@ -95,7 +86,7 @@ double ArithmeticNode::Run() const {
       case RPowLeaf:
       case PowPop:
         if constexpr (!kCalls) __builtin_unreachable();
-        acc = Power(op, acc, sp);
+        acc = PowerOp(op, acc, sp);
         break;
       case DivConst: acc = acc / op->value; break;
       case DivLeaf: acc = acc / *op->leaf; break;
@@ -127,6 +118,15 @@ class ArithmeticNode::Builder {
  public:
   enum Kind { Number, Variable, Block, Other };
 
+  Builder() = default;
+  Builder(const Builder &) = delete;
+  Builder &operator=(const Builder &) = delete;
+  // Nodes taken over by a program that was never finished.
+  ~Builder() {
+    for (const Op &op : m_Code)
+      if (op.code == LoadNode) delete op.node;
+  }
+
   static Kind KindOf(const Operand &operand) {
     if (operand.node->IsConstant()) return Number;
     if (operand.leaf) return Variable;
@@ -137,9 +137,9 @@ class ArithmeticNode::Builder {
     auto *block = dynamic_cast<ArithmeticNode *>(operand.node);
     return block ? block->m_Depth : 1;
   }
-  static bool CallsOf(const Operand &operand) {
+  static bool EvaluatesNodes(const Operand &operand) {
     auto *block = dynamic_cast<ArithmeticNode *>(operand.node);
-    return block ? block->m_Calls : KindOf(operand) == Other;
+    return block ? block->m_EvaluatesNodes : KindOf(operand) == Other;
   }
 
   // Appends the program that computes operand and takes the operand over.
@@ -190,7 +190,7 @@ class ArithmeticNode::Builder {
     m_Code.push_back(op);
   }
 
-  NodePtr Finish(Expression *expression, unsigned depth, bool calls) {
+  NodePtr Finish(Expression *expression, unsigned depth, bool evaluatesNodes) {
     auto *block = new (expression) ArithmeticNode(expression);
     NodePtr result(block);
     void *memory = expression->AllocateNodeMemory(sizeof(Op) * m_Code.size(), alignof(Op));
@@ -198,9 +198,10 @@ class ArithmeticNode::Builder {
     std::copy(m_Code.begin(), m_Code.end(), block->m_Code);
     block->m_Size = static_cast<unsigned>(m_Code.size());
     block->m_Depth = depth;
-    block->m_Calls = calls;
+    block->m_EvaluatesNodes = evaluatesNodes;
     for (const Op &op : m_Code)
-      if (op.code == LoadNode || (op.code >= PowConst && op.code <= PowPop)) block->m_LibraryCalls = true;
+      if (op.code == LoadNode || (op.code >= PowConst && op.code <= PowPop)) block->m_MakesCalls = true;
+    m_Code.clear();
     return result;
   }
 
@@ -214,12 +215,12 @@ NodePtr ArithmeticNode::Combine(NodePtr node) {
   if (auto *negate = dynamic_cast<NegateNode *>(node.get())) {
     const Operand &operand = negate->GetOperand();
     unsigned depth = B::DepthOf(operand);
-    bool calls = B::CallsOf(operand);
+    bool evaluatesNodes = B::EvaluatesNodes(operand);
     Operand taken = negate->ReleaseOperand();
     B builder;
     builder.Append(taken);
     builder.Emit(Negate);
-    return builder.Finish(expression, depth, calls);
+    return builder.Finish(expression, depth, evaluatesNodes);
   }
 
   auto *binary = dynamic_cast<BinaryNode *>(node.get());
@@ -229,7 +230,7 @@ NodePtr ArithmeticNode::Combine(NodePtr node) {
   B::Kind leftKind = B::KindOf(left), rightKind = B::KindOf(right);
   bool leftLeaf = leftKind == B::Number || leftKind == B::Variable;
   bool rightLeaf = rightKind == B::Number || rightKind == B::Variable;
-  bool calls = B::CallsOf(left) || B::CallsOf(right);
+  bool evaluatesNodes = B::EvaluatesNodes(left) || B::EvaluatesNodes(right);
   char op = binary->GetOperator();
   // A zero divisor that is a number must fail before the dividend is
   // evaluated; the tree node does exactly that.
@@ -239,9 +240,9 @@ NodePtr ArithmeticNode::Combine(NodePtr node) {
   // the left may be read after the right side only if the right side cannot
   // change it, that is, evaluates no node.
   enum Shape { RightLeaf, LeftLeaf, Both } shape = Both;
-  if (rightLeaf && (op != '/' || rightKind == B::Number || !B::CallsOf(left)))
+  if (rightLeaf && (op != '/' || rightKind == B::Number || !B::EvaluatesNodes(left)))
     shape = RightLeaf;
-  else if (leftLeaf && (leftKind == B::Number || !B::CallsOf(right) || op == '/'))
+  else if (leftLeaf && (leftKind == B::Number || !B::EvaluatesNodes(right) || op == '/'))
     shape = LeftLeaf;
   unsigned depth = shape == RightLeaf ? B::DepthOf(left)
                    : shape == LeftLeaf ? B::DepthOf(right)
@@ -283,7 +284,7 @@ NodePtr ArithmeticNode::Combine(NodePtr node) {
       }
       break;
   }
-  return builder.Finish(expression, depth, calls);
+  return builder.Finish(expression, depth, evaluatesNodes);
 }
 
 }  // namespace ExprEval

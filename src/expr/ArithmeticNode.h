@@ -47,9 +47,9 @@ class ArithmeticNode final : public Node {
 
   Op *m_Code = nullptr;  // in the arena
   unsigned m_Size = 0;
-  unsigned m_Depth = 0;      // stack slots the program needs
-  bool m_Calls = false;      // whether the program evaluates any node
-  bool m_LibraryCalls = false;  // whether it evaluates a node or calls pow
+  unsigned m_Depth = 0;           // stack slots the program needs
+  bool m_EvaluatesNodes = false;  // nodes could change variables it reads
+  bool m_MakesCalls = false;      // it evaluates a node or calls pow
 };
 
 }  // namespace ExprEval

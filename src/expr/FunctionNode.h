@@ -33,9 +33,8 @@ class FunctionNode : public Node {
 
   size_t GetArgumentCount() const { return m_ArgCount; }
   size_t GetReferenceCount() const { return m_RefCount; }
-
- protected:
-  // Counts the visit, then evaluates value argument index.
+  // For the implementations of functions: value argument index, evaluated,
+  // and the address of reference argument index.
   double EvaluateArgument(size_t index) const { return EvaluateChild(m_Args[index]); }
   double *GetReference(size_t index) const { return m_Refs[index]; }
 

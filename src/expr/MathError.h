@@ -21,4 +21,13 @@ inline void CheckMathError(double result, const char *name) {
   if (error != 0 && !(error == ERANGE && std::isfinite(result))) ThrowMathException(name);
 }
 
+// call(), a library call, failing with name when it reports an error.
+template <class Call>
+inline double CheckedCall(const char *name, Call call) {
+  ClearMathError();
+  double result = call();
+  CheckMathError(result, name);
+  return result;
+}
+
 }  // namespace ExprEval

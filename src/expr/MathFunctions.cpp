@@ -6,6 +6,7 @@
 #include "expr/MathError.h"
 
 #include <cmath>
+#include <functional>
 
 namespace ExprEval {
 namespace {
@@ -13,25 +14,19 @@ constexpr double kPi = 3.141592653589793;
 constexpr double kTwoPi = 6.283185307179586;
 }  // namespace
 
-#define VELMOR_CHECKED_1(NAME, CALL)                 \
-  double NAME##_FunctionNode::Evaluate() {           \
-    double x = EvaluateArgument(0);                  \
-    ClearMathError();                                \
-    double result = CALL(x);                         \
-    CheckMathError(result, #NAME);                   \
-    return result;                                   \
+#define VELMOR_CHECKED_1(NAME, CALL)                            \
+  double NAME##_FunctionNode::Evaluate() {                      \
+    double x = EvaluateArgument(0);                             \
+    return CheckedCall(#NAME, [x] { return CALL(x); });         \
   }
 
 // Sine, cosine and tangent fail only for an infinite argument (and give NaN
 // for NaN without failing), so a finite one skips the error state.
-#define VELMOR_PERIODIC(NAME, CALL)                  \
-  double NAME##_FunctionNode::Evaluate() {           \
-    double x = EvaluateArgument(0);                  \
-    if (std::isfinite(x)) return CALL(x);            \
-    ClearMathError();                                \
-    double result = CALL(x);                         \
-    CheckMathError(result, #NAME);                   \
-    return result;                                   \
+#define VELMOR_PERIODIC(NAME, CALL)                             \
+  double NAME##_FunctionNode::Evaluate() {                      \
+    double x = EvaluateArgument(0);                             \
+    if (std::isfinite(x)) return CALL(x);                       \
+    return CheckedCall(#NAME, [x] { return CALL(x); });         \
   }
 
 VELMOR_PERIODIC(sin, std::sin)
@@ -58,10 +53,7 @@ double abs_FunctionNode::Evaluate() { return std::fabs(EvaluateArgument(0)); }
 double mod_FunctionNode::Evaluate() {
   double a = EvaluateArgument(0);
   double b = EvaluateArgument(1);
-  ClearMathError();
-  double result = std::fmod(a, b);
-  CheckMathError(result, "mod");
-  return result;
+  return CheckedCall("mod", [a, b] { return std::fmod(a, b); });
 }
 
 double ipart_FunctionNode::Evaluate() {
@@ -75,46 +67,34 @@ double fpart_FunctionNode::Evaluate() {
   return std::modf(EvaluateArgument(0), &whole);
 }
 
-double min_FunctionNode::Evaluate() {
-  double result = EvaluateArgument(0);
-  for (size_t i = 1; i < GetArgumentCount(); ++i) {
-    double value = EvaluateArgument(i);
-    if (value < result) result = value;
+// The running value changes only on a strictly better argument.
+template <class Better>
+double Extreme(FunctionNode &node, size_t count, Better better) {
+  double result = node.EvaluateArgument(0);
+  for (size_t i = 1; i < count; ++i) {
+    double value = node.EvaluateArgument(i);
+    if (better(value, result)) result = value;
   }
   return result;
 }
 
-double max_FunctionNode::Evaluate() {
-  double result = EvaluateArgument(0);
-  for (size_t i = 1; i < GetArgumentCount(); ++i) {
-    double value = EvaluateArgument(i);
-    if (value > result) result = value;
-  }
-  return result;
-}
+double min_FunctionNode::Evaluate() { return Extreme(*this, GetArgumentCount(), std::less<double>()); }
+double max_FunctionNode::Evaluate() { return Extreme(*this, GetArgumentCount(), std::greater<double>()); }
 
 double atan2_FunctionNode::Evaluate() {
   double y = EvaluateArgument(0);
   double x = EvaluateArgument(1);
-  ClearMathError();
-  double result = std::atan2(y, x);
-  CheckMathError(result, "atan2");
-  return result;
+  return CheckedCall("atan2", [y, x] { return std::atan2(y, x); });
 }
 
 // logn(x, base): the base first, and a base whose logarithm is 0 fails
 // before x is evaluated.
 double logn_FunctionNode::Evaluate() {
   double base = EvaluateArgument(1);
-  ClearMathError();
-  double lnBase = std::log(base);
-  CheckMathError(lnBase, "logn");
+  double lnBase = CheckedCall("logn", [base] { return std::log(base); });
   if (lnBase == 0.0) ThrowMathException("logn");
   double x = EvaluateArgument(0);
-  ClearMathError();
-  double lnX = std::log(x);
-  CheckMathError(lnX, "logn");
-  return lnX / lnBase;
+  return CheckedCall("logn", [x] { return std::log(x); }) / lnBase;
 }
 
 double ceil_FunctionNode::Evaluate() { return std::ceil(EvaluateArgument(0)); }
@@ -127,12 +107,8 @@ double rad_FunctionNode::Evaluate() { return EvaluateArgument(0) * kPi / 180.0; 
 double rect2pol_FunctionNode::Evaluate() {
   double x = EvaluateArgument(0);
   double y = EvaluateArgument(1);
-  ClearMathError();
-  double r = std::sqrt(y * y + x * x);
-  CheckMathError(r, "rect2pol");
-  ClearMathError();
-  double a = std::atan2(y, x);
-  CheckMathError(a, "rect2pol");
+  double r = CheckedCall("rect2pol", [x, y] { return std::sqrt(y * y + x * x); });
+  double a = CheckedCall("rect2pol", [x, y] { return std::atan2(y, x); });
   if (a < 0.0) a += kTwoPi;
   *GetReference(0) = r;
   *GetReference(1) = a;
@@ -143,12 +119,8 @@ double rect2pol_FunctionNode::Evaluate() {
 double pol2rect_FunctionNode::Evaluate() {
   double r = EvaluateArgument(0);
   double a = EvaluateArgument(1);
-  ClearMathError();
-  double c = std::cos(a);
-  CheckMathError(c, "pol2rect");
-  ClearMathError();
-  double s = std::sin(a);
-  CheckMathError(s, "pol2rect");
+  double c = CheckedCall("pol2rect", [a] { return std::cos(a); });
+  double s = CheckedCall("pol2rect", [a] { return std::sin(a); });
   double x = r * c;
   *GetReference(0) = x;
   *GetReference(1) = r * s;
@@ -162,10 +134,8 @@ double poly_FunctionNode::Evaluate() {
   double sum = 0.0;
   for (size_t i = 1; i <= n; ++i) {
     double c = EvaluateArgument(i);
-    ClearMathError();
-    double power = std::pow(x, static_cast<double>(n - i));
-    CheckMathError(power, "poly");
-    sum += c * power;
+    double exponent = static_cast<double>(n - i);
+    sum += c * CheckedCall("poly", [x, exponent] { return std::pow(x, exponent); });
   }
   return sum;
 }

@@ -31,14 +31,11 @@ double DivideNode::Evaluate() {
   return EvaluateChild(m_Left) / right;
 }
 
-double ExponentNode::Evaluate() {
-  double left = EvaluateChild(m_Left);
-  double right = EvaluateChild(m_Right);
-  ClearMathError();
-  double result = std::pow(left, right);
-  CheckMathError(result, "^");
-  return result;
+double Power(double base, double exponent) {
+  return CheckedCall("^", [base, exponent] { return std::pow(base, exponent); });
 }
+
+double ExponentNode::Evaluate() { return LeftThenRight(Power); }
 
 NegateNode::~NegateNode() { delete m_Operand.node; }
 

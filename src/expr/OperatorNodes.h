@@ -3,7 +3,12 @@
 
 #include "expr/Node.h"
 
+#include <functional>
+
 namespace ExprEval {
+
+// `^`: pow, failing with MathException named "^" on a math error.
+double Power(double base, double exponent);
 
 // Left and right side of an operator at the pivot token.
 class BinaryNode : public Node {
@@ -21,6 +26,12 @@ class BinaryNode : public Node {
   void ReleaseOperands(Operand &left, Operand &right);
 
  protected:
+  template <class Op>
+  double LeftThenRight(Op op) const {
+    double left = EvaluateChild(m_Left);
+    return op(left, EvaluateChild(m_Right));
+  }
+
   Operand m_Left, m_Right;
 };
 
@@ -28,30 +39,21 @@ class AddNode final : public BinaryNode {
  public:
   using BinaryNode::BinaryNode;
   char GetOperator() const override { return '+'; }
-  double Evaluate() override {
-    double left = EvaluateChild(m_Left);
-    return left + EvaluateChild(m_Right);
-  }
+  double Evaluate() override { return LeftThenRight(std::plus<double>()); }
 };
 
 class SubtractNode final : public BinaryNode {
  public:
   using BinaryNode::BinaryNode;
   char GetOperator() const override { return '-'; }
-  double Evaluate() override {
-    double left = EvaluateChild(m_Left);
-    return left - EvaluateChild(m_Right);
-  }
+  double Evaluate() override { return LeftThenRight(std::minus<double>()); }
 };
 
 class MultiplyNode final : public BinaryNode {
  public:
   using BinaryNode::BinaryNode;
   char GetOperator() const override { return '*'; }
-  double Evaluate() override {
-    double left = EvaluateChild(m_Left);
-    return left * EvaluateChild(m_Right);
-  }
+  double Evaluate() override { return LeftThenRight(std::multiplies<double>()); }
 };
 
 // The divisor is evaluated first; a zero divisor fails before the dividend

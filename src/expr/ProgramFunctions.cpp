@@ -29,24 +29,25 @@ double HashDraw(double value, double *state) {
 
 RandomState *g_CurrentRandomState = nullptr;
 
-double EPTimeNode::Evaluate() {
-  float k = static_cast<float>(EvaluateArgument(0));
-  WallTime now = GetClock().LocalTime();
-  if (Selects(k, 0)) return now.hour;
-  if (Selects(k, 1)) return now.minute;
-  if (Selects(k, 2)) return now.second;
-  if (Selects(k, 3)) return now.millisecond;
+namespace {
+// The field that k selects, or 0.
+double Field(const FunctionNode &node, int a, int b, int c, int d) {
+  float k = static_cast<float>(node.EvaluateArgument(0));
+  const int fields[] = {a, b, c, d};
+  for (int i = 0; i < 4; ++i)
+    if (Selects(k, i)) return fields[i];
   return 0.0;
+}
+}  // namespace
+
+double EPTimeNode::Evaluate() {
+  WallTime now = GetClock().LocalTime();
+  return Field(*this, now.hour, now.minute, now.second, now.millisecond);
 }
 
 double EPDateNode::Evaluate() {
-  float k = static_cast<float>(EvaluateArgument(0));
   WallTime now = GetClock().LocalTime();
-  if (Selects(k, 0)) return now.year;
-  if (Selects(k, 1)) return now.month;
-  if (Selects(k, 2)) return now.day;
-  if (Selects(k, 3)) return now.dayOfWeek;
-  return 0.0;
+  return Field(*this, now.year, now.month, now.day, now.dayOfWeek);
 }
 
 // Each argument is evaluated once per factor of its square.
@@ -80,22 +81,19 @@ double EPBandNode::Evaluate() {
   return sound.Band(speed, channel, band);
 }
 
-// waveform(channel, t [, fallback]): t before channel.
-double EPWaveformNode::Evaluate() {
+namespace {
+// waveform and spectrum (channel, t [, fallback]): t before channel.
+double Curve(const FunctionNode &node, float (ISoundReader::*read)(int, float) const) {
   const ISoundReader &sound = GetSoundReader();
-  if (!sound.HasMusic()) return GetArgumentCount() == 3 ? EvaluateArgument(2) : 0.0;
-  float t = static_cast<float>(EvaluateArgument(1));
-  int channel = WholeNumber(EvaluateArgument(0));
-  return sound.GetWaveform(channel, t);
+  if (!sound.HasMusic()) return node.GetArgumentCount() == 3 ? node.EvaluateArgument(2) : 0.0;
+  float t = static_cast<float>(node.EvaluateArgument(1));
+  int channel = WholeNumber(node.EvaluateArgument(0));
+  return (sound.*read)(channel, t);
 }
+}  // namespace
 
-double EPSpectrumNode::Evaluate() {
-  const ISoundReader &sound = GetSoundReader();
-  if (!sound.HasMusic()) return GetArgumentCount() == 3 ? EvaluateArgument(2) : 0.0;
-  float t = static_cast<float>(EvaluateArgument(1));
-  int channel = WholeNumber(EvaluateArgument(0));
-  return sound.GetSpectrum(channel, t);
-}
+double EPWaveformNode::Evaluate() { return Curve(*this, &ISoundReader::GetWaveform); }
+double EPSpectrumNode::Evaluate() { return Curve(*this, &ISoundReader::GetSpectrum); }
 
 double EPSmoothStepNode::Evaluate() {
   float lo = static_cast<float>(EvaluateArgument(0));

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <initializer_list>
 #include <string>
 
 namespace ExprTest {
@@ -90,6 +91,24 @@ inline std::string MessageOf(const std::string &text) { return FailureOf(text).m
 inline double Eval(const std::string &text) {
   Language<> language;
   return language.Eval(text);
+}
+
+// Each text evaluates (in a fresh language) to its value.
+struct Case {
+  const char *text;
+  double value;
+};
+inline void ExpectValues(std::initializer_list<Case> cases) {
+  for (const Case &c : cases) EXPECT_DOUBLE_EQ(Eval(c.text), c.value) << c.text;
+}
+
+// Each text fails with its message.
+struct Refusal {
+  const char *text;
+  const char *message;
+};
+inline void ExpectMessages(std::initializer_list<Refusal> cases) {
+  for (const Refusal &c : cases) EXPECT_EQ(MessageOf(c.text), c.message) << c.text;
 }
 
 }  // namespace ExprTest

@@ -148,12 +148,13 @@ POINTS3 = [(0.0, 0.0, 0.0), (0.5, 0.25, 0.75), (0.3, 0.7, 0.1), (-1.0, 2.0, -3.0
            # A skewed coordinate at 0 or below: here the cell rule moves the result.
            (0.0, 0.5, -0.5), (-0.25, 0.25, 0.0), (-1.0, 0.3, 0.7)]
 
+def table(rows, per_line):
+    for i in range(0, len(rows), per_line):
+        print('    ' + ' '.join(rows[i:i + per_line]))
+    print()
+
+
 if __name__ == '__main__':
-    for x in POINTS1:
-        print('    {%r, %.9g},' % (x, noise1(x)))
-    print()
-    for x, y in POINTS2:
-        print('    {%r, %r, %.9g},' % (x, y, noise2(x, y)))
-    print()
-    for x, y, z in POINTS3:
-        print('    {%r, %r, %r, %.9g},' % (x, y, z, noise3(x, y, z)))
+    table(['{%r, %.9g},' % (x, noise1(x)) for x in POINTS1], 4)
+    table(['{%r, %r, %.9g},' % (x, y, noise2(x, y)) for x, y in POINTS2], 3)
+    table(['{%r, %r, %r, %.9g},' % (x, y, z, noise3(x, y, z)) for x, y, z in POINTS3], 2)
