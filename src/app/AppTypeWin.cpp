@@ -83,6 +83,7 @@ bool CAppTypeWin::RunApp() {
       Dispatch(msg);
       continue;
     }
+    BeforeFrame();
     if (m_Paused) {
       if (m_Render) m_Render->Render3DEnvironment(true);
       GetClock().Sleep(10);
@@ -91,6 +92,7 @@ bool CAppTypeWin::RunApp() {
     } else {
       RunFrame();
     }
+    AfterFrame();
   }
   if (recording) m_Recorder->EndMovie();
   Log("** Exiting main message loop ** ");

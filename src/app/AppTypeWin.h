@@ -51,6 +51,12 @@ class CAppTypeWin {
   void UpdateFrameRate();
   void LimitFrameRate();
 
+  // Called in the loop around each frame (also while paused): what a host
+  // does between frames, such as polling the monitors' power or taking a
+  // picture of what was just drawn.
+  virtual void BeforeFrame() {}
+  virtual void AfterFrame() {}
+
   // Where window-system requests go; a headless stand-in by default.
   void SetDesktop(IDesktop *desktop) { m_Desktop = desktop; }
   void SetMovieRecorder(IMovieRecorder *recorder) { m_Recorder = recorder; }

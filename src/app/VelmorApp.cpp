@@ -4,12 +4,14 @@
 
 #include "app/AppTypeWin.h"
 #include "core/Log.h"
+#include "core/Paths.h"
 #include "core/Trace.h"
 #include "audio/SoundAnalyzer.h"
 #include "engine/EngineInterface.h"
 #include "engine/Velmor.h"
 #include "render/Render.h"
 #include "render/Matrix.h"
+#include "scene/Serialize.h"
 
 std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   auto engine = std::make_unique<CVelmor>();
@@ -124,4 +126,9 @@ std::string CVelmorApp::GetScreenshotName() {
   return name.empty() ? name : name + ".png";
 }
 
-void CVelmorApp::Serialize(CSerialize &) {}
+void CVelmorApp::Serialize(CSerialize &s) {
+  m_ProjectFile = PathValue(s.Serialize("Project", m_ProjectFile));
+  if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
+  if (m_Engine) m_Engine->SerializeSettings(s, m_IsScreensaver);
+  Log("Project file requested \"%s\" from config", m_ProjectFile.c_str());
+}

@@ -7,6 +7,7 @@
 #include "platform/WindowMessage.h"
 
 class CRender;
+class CSerialize;
 
 // What the program was asked to play, from the command line and config.
 struct StartRequest {
@@ -28,6 +29,9 @@ class IVelmorEngine {
   virtual void InvalidateDevice(CRender *render) = 0;
   // Empty when no scene is active.
   virtual std::string ActiveSceneName() const = 0;
+  // The play settings of config.xml, read or written at the current element;
+  // visualizer defaults apply first when `isScreensaver` is false.
+  virtual void SerializeSettings(CSerialize &, bool /*isScreensaver*/) {}
 
   virtual void GetPresetName(int, char *out) { out[0] = 0; }
   virtual int GetPresetCount() { return 0; }

@@ -42,6 +42,7 @@ class CVelmor : public IVelmorEngine {
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   std::string ActiveSceneName() const override;
+  void SerializeSettings(CSerialize &serializer, bool isScreensaver) override;
 
   CSceneBase *ActivateAnotherScene(int mode, int index, bool activate, bool tooSlow);
   void SetActiveScene(CSceneBase *scene);

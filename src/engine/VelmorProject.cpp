@@ -295,3 +295,20 @@ CSceneLayered *CVelmor::LoadLayered(const std::string &list) {
   m_Scenes.emplace_back(layered);
   return layered;
 }
+
+void CVelmor::SerializeSettings(CSerialize &s, bool isScreensaver) {
+  if (!isScreensaver && !s.m_Storing) {
+    m_SceneMinRunTime = 10;
+    m_SceneMaxRunTime = 20;
+    m_CaptureSound = false;
+  }
+  m_SceneMinRunTime = s.Serialize("SceneMinRunTime", m_SceneMinRunTime);
+  m_SceneMaxRunTime = s.Serialize("SceneMaxRunTime", m_SceneMaxRunTime);
+  m_AutoGotoNextScene = s.Serialize("AutoGotoNextScene", m_AutoGotoNextScene);
+  m_RandomizeScene = s.Serialize("RandomizeScene", m_RandomizeScene);
+  m_CaptureSound = s.Serialize("CaptureSound", m_CaptureSound);
+  m_MaxSilenceTime = s.Serialize("MaxSilenceTime", m_MaxSilenceTime);
+  Log("Config: %ld %ld %ld %ld %ld %ld", static_cast<long>(m_RandomizeScene), static_cast<long>(m_AutoGotoNextScene),
+      static_cast<long>(m_SceneMinRunTime), static_cast<long>(m_SceneMaxRunTime), static_cast<long>(m_CaptureSound),
+      static_cast<long>(m_MaxSilenceTime));
+}
