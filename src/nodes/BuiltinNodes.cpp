@@ -3,14 +3,28 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/value/HSLAToColorNode.h"
+#include "nodes/value/HSVAToColorNode.h"
+#include "nodes/value/MinMaxNode.h"
+#include "nodes/value/RGBAToColorNode.h"
+#include "nodes/value/RotatorNode.h"
+#include "nodes/value/SignalGeneratorNode.h"
 #include "nodes/value/SinNode.h"
+#include "nodes/value/VectorNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/NodeInfo.h"
 
 namespace {
 // Catalogue order: scene files and editors list types in this order.
 CNodeInfo *(*const kBuiltinTypes[])() = {
+    &CSignalGeneratorNode::CreateInfo,
     &CSinNode::CreateInfo,
+    &CRGBAToColor::CreateInfo,
+    &CVectorNode::CreateInfo,
+    &CMinMaxNode::CreateInfo,
+    &CHSVAToColor::CreateInfo,
+    &CHSLAToColor::CreateInfo,
+    &CRotatorNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.
