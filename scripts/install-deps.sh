@@ -9,6 +9,8 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   # rendering tests run for real under a virtual X server
   xvfb xauth
+  # emitted effect GLSL is checked strictly in the tests
+  glslang-tools
   # libraries
   libtinyxml-dev
   libpulse-dev libsndfile1-dev

@@ -16,7 +16,15 @@ CVelmorApp::~CVelmorApp() { Free(); }
 bool CVelmorApp::Init() {
   TRACE_SCOPE_LOGGED("CVelmorApp::Init");
   if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
-  return m_Engine != nullptr;
+  if (!m_Engine) return false;
+  StartRequest request;
+  request.projectFile = m_ProjectFile;
+  request.isScreensaver = m_IsScreensaver;
+  if (g_AppType) {
+    request.mode = g_AppType->m_Mode;
+    request.file = g_AppType->m_File;
+  }
+  return m_Engine->Start(request);
 }
 
 void CVelmorApp::Free() { m_Engine.reset(); }

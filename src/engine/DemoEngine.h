@@ -19,6 +19,7 @@ class CDemoEngine : public IVelmorEngine {
   CDemoEngine(FILE *out, int maxSteps);
   ~CDemoEngine() override;
 
+  bool Start(const StartRequest &) override { return true; }
   bool Update(float dt) override;
   bool Draw(CRender *) override { return true; }
   bool FrameFinished() override { return true; }

@@ -8,9 +8,19 @@
 
 class CRender;
 
+// What the program was asked to play, from the command line and config.
+struct StartRequest {
+  int mode = 2;               // the host's m_Mode
+  std::string file;           // a file named on the command line
+  std::string projectFile;    // the project configured
+  bool isScreensaver = true;  // false selects the visualizer defaults
+};
+
 class IVelmorEngine {
  public:
   virtual ~IVelmorEngine() = default;
+  // Loads what to play; false when nothing could be loaded at all.
+  virtual bool Start(const StartRequest &request) = 0;
   virtual bool Update(float dt) = 0;
   virtual bool Draw(CRender *render) = 0;
   virtual bool FrameFinished() = 0;

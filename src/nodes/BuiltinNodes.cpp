@@ -3,6 +3,11 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/render/ClearNode.h"
+#include "nodes/render/MeshObjectNode.h"
+#include "nodes/render/RenderObjectNode.h"
+#include "nodes/render/RenderRectNode.h"
+#include "nodes/render/ScreenNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
 #include "nodes/value/MinMaxNode.h"
@@ -19,9 +24,14 @@ namespace {
 CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSignalGeneratorNode::CreateInfo,
     &CSinNode::CreateInfo,
+    &CScreenNode::CreateInfo,
+    &CClearNode::CreateInfo,
     &CRGBAToColor::CreateInfo,
     &CVectorNode::CreateInfo,
     &CMinMaxNode::CreateInfo,
+    &CRenderObjectNode::CreateInfo,
+    &CMeshObjectNode::CreateInfo,
+    &CRenderRectNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CRotatorNode::CreateInfo,

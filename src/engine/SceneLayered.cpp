@@ -1,0 +1,86 @@
+#include "engine/SceneLayered.h"
+
+#include "render/Render.h"
+#include "scene/Node.h"
+#include "scene/NodeInfo.h"
+#include "scene/Scene.h"
+
+CSceneLayered::CSceneLayered(CScene *background, CScene *foreground, CScene *postprocessing)
+    : m_Background(background), m_Foreground(foreground), m_Postprocessing(postprocessing) {
+  m_IsLayered = true;
+  m_RandomProbability = 0.25f;
+}
+
+template <typename F>
+void CSceneLayered::EachLayer(F f) const {
+  for (CScene *s : {m_Background, m_Foreground, m_Postprocessing})
+    if (s) f(*s);
+}
+
+bool CSceneLayered::Init() {
+  m_PreviousLayer = nullptr;
+  if (m_Postprocessing)
+    for (CNode *n : m_Postprocessing->m_Nodes)
+      if (n->m_Info && n->m_Info->m_TypeName == "PreviousLayer") m_PreviousLayer = n;
+  return true;
+}
+
+void CSceneLayered::Update(float dt) {
+  EachLayer([&](CScene &s) { s.Update(dt); });
+}
+void CSceneLayered::FrameFinished() {
+  EachLayer([](CScene &s) { s.FrameFinished(); });
+}
+void CSceneLayered::ForceUpdate() {
+  EachLayer([](CScene &s) { s.ForceUpdate(); });
+}
+bool CSceneLayered::RestoreDevice(CRender *render) {
+  EachLayer([&](CScene &s) { s.RestoreDevice(render); });
+  return true;
+}
+void CSceneLayered::InvalidateDevice(CRender *render) {
+  EachLayer([&](CScene &s) { s.InvalidateDevice(render); });
+}
+void CSceneLayered::Activate() {
+  EachLayer([](CScene &s) { s.Activate(); });
+}
+void CSceneLayered::Deactivate() {
+  EachLayer([](CScene &s) { s.Deactivate(); });
+}
+
+void CSceneLayered::Draw(CRender *render) {
+  // The postprocessing layer reads the layers below through its
+  // PreviousLayer node's render target; without that node it is not drawn.
+  if (m_Background) m_Background->Draw(render);
+  if (m_Foreground) {
+    const float black[4] = {0, 0, 0, 1};
+    render->Clear(black, 1.0f, CLEAR_Depth);
+    m_Foreground->Draw(render);
+  }
+}
+
+std::string CSceneLayered::GetFile() const {
+  auto file = [](const CScene *s) { return s ? s->GetFile() : std::string(); };
+  return file(m_Background) + ";" + file(m_Foreground) + ";" + file(m_Postprocessing);
+}
+
+std::string CSceneLayered::GetName() const {
+  auto name = [](const CScene *s) { return s ? s->GetName() : std::string(); };
+  return name(m_Background) + "-" + name(m_Foreground) + "-" + name(m_Postprocessing);
+}
+
+bool CSceneLayered::Uses(const CScene *scene) const {
+  return scene && (scene == m_Background || scene == m_Foreground || scene == m_Postprocessing);
+}
+
+void CSceneLayered::Forget(const CScene *scene) {
+  if (scene == m_Background) m_Background = nullptr;
+  if (scene == m_Foreground) m_Foreground = nullptr;
+  if (scene == m_Postprocessing) m_Postprocessing = nullptr;
+}
+
+bool CSceneLayered::IsNeighbour(const CSceneLayered *active) const {
+  if (!active) return false;
+  auto same = [](const CScene *a, const CScene *b) { return a && b && a->GetFile() == b->GetFile(); };
+  return same(m_Background, active->m_Background) != same(m_Foreground, active->m_Foreground);
+}

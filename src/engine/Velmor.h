@@ -1,0 +1,114 @@
+#pragma once
+// The engine: owns every loaded scene, knows which one plays, decides when
+// the next one starts and which it is, and reads and writes projects.
+
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+
+#include "engine/EngineInterface.h"
+#include "engine/EngineServices.h"
+#include "scene/NodeFactory.h"
+
+class CSceneBase;
+class CScene;
+class CSceneLayered;
+class CTransition;
+class CSerialize;
+class CSerializeXMLLoad;
+
+enum SceneChangeMode {
+  CHANGE_Next = 0,
+  CHANGE_Previous = 1,
+  CHANGE_Random = 2,
+  CHANGE_Index = 3,
+};
+
+class CVelmor : public IVelmorEngine {
+ public:
+  CVelmor();
+  ~CVelmor() override;
+
+  bool Init();
+  void Free();
+  // Chooses and loads what to play: a layered list, a scene file or a project
+  // with its fall-back to the default project.
+  bool Start(const StartRequest &request) override;
+
+  bool Update(float dt) override;
+  bool Draw(CRender *render) override;
+  bool FrameFinished() override;
+  bool RestoreDevice(CRender *render) override;
+  void InvalidateDevice(CRender *render) override;
+  std::string ActiveSceneName() const override;
+
+  CSceneBase *ActivateAnotherScene(int mode, int index, bool activate, bool tooSlow);
+  void SetActiveScene(CSceneBase *scene);
+  CSceneBase *FindScene(const std::string &file, const std::string &name, int *indexOut);
+
+  void Serialize(CSerialize &serializer);
+  void LoadExternal();
+  CScene *LoadScene(const std::string &path);
+  bool AddScene(const std::string &path);
+  bool RemoveScene(const std::string &file, const std::string &name);
+  CSceneLayered *LoadLayered(const std::string &list);
+  // Strips what layers may not keep; combinations are built from the pools.
+  void PrepareLayeredScenes() {}
+
+  void GetPresetName(int index, char *out) override;
+  int GetPresetCount() override;
+  void SelectPreset(int index) override;
+  int GetCurrentPreset() override { return m_SceneIndex; }
+  void NextPreset() override;
+  void PreviousPreset() override;
+  void SetAutoChange(bool enabled, bool changeNow) override;
+  void MenuSelected(int id) override;
+  void ReactivateScene() override;
+  void OpenConfiguration() override;
+
+  std::list<std::unique_ptr<CTransition>> m_Transitions;
+  std::list<std::unique_ptr<CSceneBase>> m_Scenes;
+  std::list<std::unique_ptr<CScene>> m_BackgroundScenes;
+  std::list<std::unique_ptr<CScene>> m_ForegroundScenes;
+  std::list<std::unique_ptr<CScene>> m_PostprocessingScenes;
+  CSceneBase *m_ActiveScene = nullptr;
+  CNodeFactoryRef m_NodeFactory;
+  bool m_IsProject = true;
+  bool m_AutoGotoNextScene = true;
+  bool m_RandomizeScene = true;
+  bool m_CaptureSound = true;
+  int m_MaxSilenceTime = 10;
+  int m_UpdateCount = 0;
+  uint32_t m_SceneStartTime = 0;
+  float m_SceneRunTime = 0.0f;
+  int m_SceneMinRunTime = 10;
+  int m_SceneMaxRunTime = 30;
+  int m_SceneIndex = 0;
+  bool m_NodesRegistered = false;
+  float m_TotalProbability = 0.0f;
+
+  // The host's kind and mode (they decide scene timing and who feeds sound),
+  // and the renderer that device objects live on.
+  int m_HostAppType = 0;
+  int m_HostMode = 2;
+  CRender *m_Render = nullptr;
+  // Parts reached through hooks: sound analysis, statistics, host commands,
+  // effect node registration, and the sound settings.
+  std::function<void()> m_UpdateSound;
+  std::function<void(bool capture, int maxSilence)> m_ConfigureSound;
+  std::function<void(CNodeFactory &)> m_RegisterEffectNodes;
+  IStats *m_Stats;
+  ICommandRunner *m_Commands;
+
+ private:
+  bool LoadProjectDocument(const std::string &path, CSerializeXMLLoad &load);
+  void LoadSerialized(CSerialize &s);
+  void StoreSerialized(CSerialize &s);
+  void AddCompactEntry(std::unique_ptr<CScene> scene);
+  void DropLayer(const CScene *scene);
+  int StandaloneIndex(int presetIndex) const;
+
+  IStats m_NoStats;
+  ICommandRunner m_NoCommands;
+};

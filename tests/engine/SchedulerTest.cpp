@@ -1,0 +1,190 @@
+// The scheduler: which scene plays next in each mode, how long it plays,
+// the "too slow" rule, and the preset operations a host drives.
+#include "core/FakeClock.h"
+#include "core/Random.h"
+#include "engine/SceneLayered.h"
+#include "engine/Velmor.h"
+#include "scene/Scene.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+class CountingStats : public IStats {
+ public:
+  void SceneBegin(const std::string &name, const std::string &) override { begun.push_back(name); }
+  void SceneEnd() override { ++ended; }
+  std::vector<std::string> begun;
+  int ended = 0;
+};
+
+class Scheduler : public testing::Test {
+ protected:
+  Scheduler() {
+    SeedSharedRandom(1234);
+    engine.m_Stats = &stats;
+    engine.m_HostMode = 2;
+    engine.m_RandomizeScene = false;
+  }
+  CScene *AddScene(const char *name, float weight = 1.0f) {
+    auto *s = new CScene;
+    s->m_Name = name;
+    s->m_File = std::string("[apppath]scenes/") + name + ".vms";
+    s->m_RandomProbability = weight;
+    engine.m_Scenes.emplace_back(s);
+    return s;
+  }
+  std::string Active() const { return engine.m_ActiveScene ? engine.m_ActiveScene->GetName() : "-"; }
+
+  CScopedFakeClock clock;
+  CountingStats stats;
+  CVelmor engine;
+};
+}  // namespace
+
+TEST_F(Scheduler, NextPreviousAndIndexModesWrapAndClamp) {
+  for (const char *n : {"A", "B", "C"}) AddScene(n);
+  engine.ActivateAnotherScene(CHANGE_Index, -5, true, false);
+  EXPECT_EQ(Active(), "A");
+  engine.ActivateAnotherScene(CHANGE_Index, 9999, true, false);
+  EXPECT_EQ(Active(), "C");
+  engine.ActivateAnotherScene(CHANGE_Next, 0, true, false);
+  EXPECT_EQ(Active(), "A");
+  engine.ActivateAnotherScene(CHANGE_Previous, 0, true, false);
+  EXPECT_EQ(Active(), "C");
+  engine.ActivateAnotherScene(CHANGE_Previous, 0, true, false);
+  EXPECT_EQ(Active(), "B");
+  EXPECT_EQ(engine.GetCurrentPreset(), 1);
+}
+
+TEST_F(Scheduler, OneSceneIsRestartedAndAnEmptyListKeepsNothing) {
+  EXPECT_EQ(engine.ActivateAnotherScene(CHANGE_Next, 0, true, false), nullptr);
+  EXPECT_EQ(engine.m_ActiveScene, nullptr);
+  CScene *only = AddScene("Only");
+  engine.ActivateAnotherScene(CHANGE_Next, 0, true, false);
+  only->m_FrameInfo.Restart = false;
+  engine.ActivateAnotherScene(CHANGE_Next, 0, true, false);
+  EXPECT_EQ(Active(), "Only");
+  EXPECT_TRUE(only->m_FrameInfo.Restart);  // deactivated and activated again
+  EXPECT_EQ(stats.begun, (std::vector<std::string>{"Only", "Only"}));
+  EXPECT_EQ(stats.ended, 2);
+}
+
+TEST_F(Scheduler, RandomPickFollowsTheWeightsAndCanRunOffTheEnd) {
+  AddScene("Rare", 0.01f);
+  AddScene("Common", 100.0f);
+  int common = 0;
+  for (int i = 0; i < 200; ++i) {
+    engine.ActivateAnotherScene(CHANGE_Random, 0, false, false);
+    common += engine.m_SceneIndex == 1;
+  }
+  EXPECT_GT(common, 190);
+  EXPECT_FLOAT_EQ(engine.m_TotalProbability, 100.01f);
+
+  // After a pick that ran off the end, "next" wraps from the count.
+  engine.m_SceneIndex = 2;
+  engine.ActivateAnotherScene(CHANGE_Next, 0, false, false);
+  EXPECT_EQ(engine.m_SceneIndex, 1);
+}
+
+TEST_F(Scheduler, RunTimeComesFromTheRangeOrTheScenesOwn) {
+  LogCapture log;
+  AddScene("A");
+  CScene *timed = AddScene("Timed");
+  timed->m_ShowTimeMax = 75.0f;
+  engine.m_SceneMinRunTime = engine.m_SceneMaxRunTime = 20;
+  engine.ActivateAnotherScene(CHANGE_Index, 0, true, false);
+  EXPECT_FLOAT_EQ(engine.m_SceneRunTime, 20.0f);
+  engine.ActivateAnotherScene(CHANGE_Index, 1, true, false);
+  EXPECT_FLOAT_EQ(engine.m_SceneRunTime, 75.0f);
+  EXPECT_TRUE(log.Has("New scene: 'Timed' from '[apppath]scenes/Timed.vms' (2 / 2). Next scene in 1m 15s. Offset: 0.00 / 0.00"));
+
+  // Scene timing switches when the run time has passed on the wall clock.
+  engine.ActivateAnotherScene(CHANGE_Index, 0, true, false);
+  for (int i = 0; i < 30; ++i) engine.Update(0.033f);
+  clock.clock.Advance(20.5);
+  engine.Update(0.033f);
+  EXPECT_EQ(Active(), "Timed");
+}
+
+TEST_F(Scheduler, TooSlowSwitchesOnlyBeforeTheRunTimeHasPassed) {
+  LogCapture log;
+  AddScene("A");
+  AddScene("B");
+  engine.m_SceneMinRunTime = engine.m_SceneMaxRunTime = 30;
+  engine.ActivateAnotherScene(CHANGE_Index, 0, true, false);
+  clock.clock.Advance(6.0);  // one update that took 6 seconds
+  engine.Update(0.25f);
+  EXPECT_EQ(Active(), "B");
+  ASSERT_FALSE(log.lines.empty());
+  bool tooSlow = false;
+  for (const auto &l : log.lines) tooSlow |= l.rfind("Scene too slow. Switching to new scene. ", 0) == 0;
+  EXPECT_TRUE(tooSlow);
+
+  // Not in the modes that don't time scenes.
+  engine.m_HostMode = 5;
+  clock.clock.Advance(100.0);
+  engine.Update(0.25f);
+  EXPECT_EQ(Active(), "B");
+}
+
+TEST_F(Scheduler, UpdateRunsSoundThenCommandsThenTheScene) {
+  std::vector<std::string> order;
+  struct Commands : ICommandRunner {
+    std::vector<std::string> *order;
+    void Run() override { order->push_back("commands"); }
+  } commands;
+  commands.order = &order;
+  engine.m_Commands = &commands;
+  engine.m_UpdateSound = [&] { order.push_back("sound"); };
+  engine.Update(0.1f);
+  EXPECT_EQ(order, (std::vector<std::string>{"sound", "commands"}));
+  engine.m_HostAppType = 8;  // a visualizer host feeds sound itself
+  order.clear();
+  engine.Update(0.1f);
+  EXPECT_EQ(order, std::vector<std::string>{"commands"});
+}
+
+TEST_F(Scheduler, PresetsListStandaloneScenesAndFindSceneMatchesExactly) {
+  AddScene("A");
+  engine.m_Scenes.emplace_back(new CSceneLayered(nullptr, nullptr, nullptr));
+  AddScene("B");
+  EXPECT_EQ(engine.GetPresetCount(), 2);
+  char name[256];
+  engine.GetPresetName(1, name);
+  EXPECT_STREQ(name, "B");
+  engine.GetPresetName(7, name);
+  EXPECT_STREQ(name, "B");
+  int index = 5;
+  EXPECT_NE(engine.FindScene("[apppath]scenes/B.vms", "", &index), nullptr);
+  EXPECT_EQ(index, 2);
+  EXPECT_EQ(engine.FindScene("[apppath]scenes/b.vms", "", &index), nullptr);
+  EXPECT_EQ(index, -1);
+  EXPECT_EQ(engine.FindScene("[apppath]scenes/B.vms", "A", nullptr), nullptr);
+
+  LogCapture log;
+  engine.MenuSelected(0x94D4 + 2);
+  EXPECT_TRUE(log.Has("Selected: 2"));
+  EXPECT_EQ(Active(), "B");
+  EXPECT_TRUE(engine.RemoveScene("[apppath]scenes/B.vms", "B"));
+  EXPECT_EQ(engine.m_ActiveScene, nullptr);
+  EXPECT_FALSE(engine.RemoveScene("[apppath]scenes/B.vms", "B"));
+  EXPECT_EQ(log.LastError(), "Delete failed. Unable to find 'B' from '[apppath]scenes/B.vms'");
+}
+
+TEST(LayeredScene, NamesFilesAndNeighbours) {
+  CScene a, b, c, d;
+  a.m_Name = "a";
+  a.m_File = "a.vms";
+  b.m_Name = "b";
+  b.m_File = "b.vms";
+  c.m_File = "c.vms";
+  d.m_File = "a.vms";  // same file as a: the same layer
+  CSceneLayered ab(&a, &b, nullptr), cb(&c, &b, nullptr), db(&d, &b, nullptr), cc(&c, &c, nullptr);
+  EXPECT_EQ(ab.GetFile(), "a.vms;b.vms;");
+  EXPECT_EQ(ab.GetName(), "a-b-");
+  EXPECT_TRUE(cb.IsNeighbour(&ab));   // keeps the foreground only
+  EXPECT_FALSE(db.IsNeighbour(&ab));  // keeps both
+  EXPECT_FALSE(cc.IsNeighbour(&ab));  // keeps neither
+  EXPECT_FLOAT_EQ(ab.m_RandomProbability, 0.25f);
+}
