@@ -8,6 +8,7 @@
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
 #include "nodes/value/MinMaxNode.h"
@@ -34,6 +35,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CRenderRectNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
+    &CExpressionNode::CreateInfo,
     &CRotatorNode::CreateInfo,
 };
 

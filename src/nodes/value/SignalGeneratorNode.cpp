@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "expr/Noise.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortValues.h"
 
@@ -40,7 +41,7 @@ bool CSignalGeneratorNode::Init() {
 }
 
 namespace {
-// One of the waves at t cycles, in -1 to 1; 0 for a type without a wave.
+// One of the waves at t cycles, in about -1 to 1; 0 for a type without a wave.
 float Wave(int type, float t) {
   switch (type) {
     case 0: return std::sin(6.2831855f * t);
@@ -51,6 +52,7 @@ float Wave(int type, float t) {
       return 1.0f - 4.0f * std::fabs(std::floor(u + 0.5f) - u);
     }
     case 3: return 2.0f * (t - std::floor(t + 0.5f));
+    case 4: return SimplexNoise1(t);
     default: return 0.0f;
   }
 }

@@ -84,6 +84,4 @@ TEST(MinMax, ModeNamesBeyondTheRangeAreLimitedLikeNumbers) {
   MinMax mm;
   mm.Set({{"Mode", "PingPong"}});  // named 5, but the port stops at 4
   EXPECT_EQ(static_cast<CPortInt *>(mm.node->FindInPort("Mode"))->m_Value, 4);
-  mm.Set({{"DelayMode", "RandShortestDist"}});  // not a delay mode: read as the number 0
-  EXPECT_EQ(static_cast<CPortInt *>(mm.node->FindInPort("DelayMode"))->m_Value, 0);
 }

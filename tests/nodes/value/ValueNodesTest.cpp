@@ -2,6 +2,7 @@
 // they are given, so they follow a local evaluation through a chain; and the
 // order in which the catalogue lists them.
 #include "nodes/BuiltinNodes.h"
+#include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
 #include "nodes/value/RGBAToColorNode.h"
@@ -46,6 +47,7 @@ TEST(ValueNodes, RecomputeOnEveryPullAtTheLocalTime) {
       {"HSLAToColor", &CHSLAToColor::CreateInfo, "Lightness", {{"Saturation", "0"}}},
       {"HSVAToColor", &CHSVAToColor::CreateInfo, "Value", {{"Saturation", "0"}}},
       {"Rotator", &CRotatorNode::CreateInfo, "StartRotX", {{"RotSpeedX", "0"}}},
+      {"Expression", &CExpressionNode::CreateInfo, "In1", {{"Expression", "out1 = in1"}}},
   };
   for (const auto &c : cases) {
     TestGraph g;
@@ -79,7 +81,7 @@ TEST(ValueNodes, RegisteredInCatalogueOrderWithTheirGroups) {
   factory->Init();
   const std::vector<std::pair<std::string, int>> expected = {
       {"SignalGenerator", 7}, {"Sin", 7},         {"RGBAToColor", 6}, {"Vector", 10},   {"MinMax", 7},
-      {"HSVAToColor", 6},     {"HSLAToColor", 6}, {"Rotator", 7},
+      {"HSVAToColor", 6},     {"HSLAToColor", 6}, {"Expression", 7},  {"Rotator", 7},
   };
   // Other families register between these; only the value types' order is checked here.
   std::vector<std::pair<std::string, int>> found;
