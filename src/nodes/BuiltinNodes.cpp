@@ -8,19 +8,35 @@
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/value/ExpressionNode.h"
+#include "nodes/value/HSLAToColorNode.h"
+#include "nodes/value/HSVAToColorNode.h"
+#include "nodes/value/MinMaxNode.h"
+#include "nodes/value/RGBAToColorNode.h"
+#include "nodes/value/RotatorNode.h"
+#include "nodes/value/SignalGeneratorNode.h"
 #include "nodes/value/SinNode.h"
+#include "nodes/value/VectorNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/NodeInfo.h"
 
 namespace {
 // Catalogue order: scene files and editors list types in this order.
 CNodeInfo *(*const kBuiltinTypes[])() = {
+    &CSignalGeneratorNode::CreateInfo,
     &CSinNode::CreateInfo,
     &CScreenNode::CreateInfo,
     &CClearNode::CreateInfo,
+    &CRGBAToColor::CreateInfo,
+    &CVectorNode::CreateInfo,
+    &CMinMaxNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
     &CMeshObjectNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CHSVAToColor::CreateInfo,
+    &CHSLAToColor::CreateInfo,
+    &CExpressionNode::CreateInfo,
+    &CRotatorNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.
