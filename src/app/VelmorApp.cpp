@@ -24,7 +24,6 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   if (g_AppType) {
     engine->m_HostAppType = g_AppType->m_AppType;
     engine->m_HostMode = g_AppType->m_Mode;
-    engine->m_Render = g_AppType->m_Render;
   }
   return engine;
 }
@@ -37,6 +36,7 @@ bool CVelmorApp::Init() {
   TRACE_SCOPE_LOGGED("CVelmorApp::Init");
   if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
   if (!m_Engine) return false;
+  if (g_AppType) m_Engine->SetRender(g_AppType->m_Render);
   StartRequest request;
   request.projectFile = m_ProjectFile;
   request.isScreensaver = m_IsScreensaver;

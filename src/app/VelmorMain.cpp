@@ -1,47 +1,102 @@
-// velmor: runs the built-in demo graph through the frame loop.
+// velmor: the screensaver and music visualizer.
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
-#include "app/AppTypeWin.h"
+#include "app/AppTypeScreensaver.h"
+#include "app/Folders.h"
 #include "app/VelmorApp.h"
 #include "core/Log.h"
 #include "engine/DemoEngine.h"
+#include "nodes/BuiltinNodes.h"
 #include "platform/Signals.h"
+#include "renderogl/RenderOGL.h"
 
 namespace {
-void Usage() {
-  fprintf(stderr,
-          "usage: velmor [--frames N] [--max-fps F]\n"
-          "Runs the built-in demo graph through the frame loop and prints each update step.\n"
-          "--frames N    stop after N update steps (default 90; 0 runs until SIGINT/SIGTERM)\n"
-          "--max-fps F   frame cap (default 30; 0 runs frames back to back)\n");
+void Usage(FILE *out) {
+  fprintf(out,
+          "usage: velmor [switch] [options]\n"
+          "switches (with / or -):\n"
+          "  /s              full screen on every monitor (the screensaver)\n"
+          "  /t [file]       in a window of its own; file: a project, a scene, or bg;fg;post scenes\n"
+          "  /f file         full screen playing file\n"
+          "  /p ID           preview inside the X window ID\n"
+          "  /e              a 1280x1024 window for screenshots\n"
+          "  /c              configuration (none: settings live in config.xml)\n"
+          "desktop saver conventions:\n"
+          "  -root           into $XSCREENSAVER_WINDOW, or full screen when it is unset\n"
+          "  -window-id ID   into the X window ID (decimal or 0x hex)\n"
+          "  -window         in a window of its own\n"
+          "options:\n"
+          "  --seconds N          stop after N seconds\n"
+          "  --pictures DIR       save a PNG of the screen into DIR every second (see --picture-every)\n"
+          "  --picture-every S    seconds between pictures\n"
+          "  --demo [STEPS]       run the built-in demo graph without a window, printing each step\n"
+          "F9 saves a picture into the Screenshots folder of the user's folder.\n");
+}
+
+int RunDemo(int steps) {
+  SetLogEcho(true);
+  CVelmorApp app([steps] { return std::make_unique<CDemoEngine>(stdout, steps); });
+  CAppTypeWin host(&app);
+  if (!app.Init()) return 1;
+  host.RunApp();
+  app.Free();
+  return 0;
 }
 }  // namespace
 
 int main(int argc, char **argv) {
-  int frames = 90;
-  float maxFps = 30.0f;
+  InstallShutdownSignals();
+  std::vector<std::string> args;
+  double seconds = 0.0, every = 1.0;
+  std::string pictures;
   for (int i = 1; i < argc; ++i) {
-    if (!strcmp(argv[i], "--frames") && i + 1 < argc) {
-      frames = atoi(argv[++i]);
-    } else if (!strcmp(argv[i], "--max-fps") && i + 1 < argc) {
-      maxFps = static_cast<float>(atof(argv[++i]));
+    const char *a = argv[i];
+    if (!strcmp(a, "--help")) {
+      Usage(stdout);
+      return 0;
+    } else if (!strcmp(a, "--demo")) {
+      return RunDemo(i + 1 < argc && atoi(argv[i + 1]) > 0 ? atoi(argv[i + 1]) : 90);
+    } else if (!strcmp(a, "--seconds") && i + 1 < argc) {
+      seconds = atof(argv[++i]);
+    } else if (!strcmp(a, "--pictures") && i + 1 < argc) {
+      pictures = argv[++i];
+    } else if (!strcmp(a, "--picture-every") && i + 1 < argc) {
+      every = atof(argv[++i]);
     } else {
-      Usage();
-      return strcmp(argv[i], "--help") ? 2 : 0;
+      args.push_back(a);
     }
   }
-  SetLogEcho(true);
-  InstallShutdownSignals();
+  args = TranslateLinuxSwitches(args, getenv("XSCREENSAVER_WINDOW"));
 
-  CVelmorApp app([frames] { return std::make_unique<CDemoEngine>(stdout, frames); });
-  CAppTypeWin host(&app);
-  host.m_MaxFps = maxFps;
-  if (!app.Init()) return 1;
-  host.RunApp();
-  app.Free();
+  // Pictures go where the user pointed, not into the installation we change into.
+  if (!pictures.empty() && pictures[0] != '/') {
+    char cwd[4096];
+    if (getcwd(cwd, sizeof(cwd))) pictures = std::string(cwd) + "/" + pictures;
+  }
+  const AppFolders folders = SetUpAppFolders();
+  InstallBuiltinNodes();
+  {
+    CVelmorApp app(&CVelmorApp::MakeVelmorEngine);
+    CAppTypeScreensaver host(&app, [] { return std::make_unique<CRenderOGL>(); });
+    host.m_AppPath = folders.appPath;
+    host.m_UserPath = folders.userPath;
+    host.m_ConfigFile = folders.configFile;
+    host.m_RunSeconds = seconds;
+    host.m_PictureFolder = pictures;
+    host.m_PictureEvery = every > 0.0 ? every : 1.0;
+    if (host.Init(JoinArguments(args))) {
+      host.Run();
+    } else {
+      fprintf(stderr, "Failed to init screensaver: %s\n", GetFirstError());
+      Log("Failed to init screensaver: %s", GetFirstError());
+    }
+    app.Free();
+  }
   return 0;
 }

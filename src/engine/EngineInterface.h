@@ -32,6 +32,8 @@ class IVelmorEngine {
   // The play settings of config.xml, read or written at the current element;
   // visualizer defaults apply first when `isScreensaver` is false.
   virtual void SerializeSettings(CSerialize &, bool /*isScreensaver*/) {}
+  // The renderer device objects live on, once it exists.
+  virtual void SetRender(CRender *) {}
 
   virtual void GetPresetName(int, char *out) { out[0] = 0; }
   virtual int GetPresetCount() { return 0; }

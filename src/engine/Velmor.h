@@ -43,6 +43,7 @@ class CVelmor : public IVelmorEngine {
   void InvalidateDevice(CRender *render) override;
   std::string ActiveSceneName() const override;
   void SerializeSettings(CSerialize &serializer, bool isScreensaver) override;
+  void SetRender(CRender *render) override { m_Render = render; }
 
   CSceneBase *ActivateAnotherScene(int mode, int index, bool activate, bool tooSlow);
   void SetActiveScene(CSceneBase *scene);
