@@ -3,6 +3,15 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/mesh/CloneMeshNode.h"
+#include "nodes/mesh/ConeNode.h"
+#include "nodes/mesh/CubeNode.h"
+#include "nodes/mesh/CylinderNode.h"
+#include "nodes/mesh/DiscNode.h"
+#include "nodes/mesh/PlaneNode.h"
+#include "nodes/mesh/SphereNode.h"
+#include "nodes/mesh/TorusNode.h"
+#include "nodes/mesh/TransformMeshNode.h"
 #include "nodes/value/SinNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/NodeInfo.h"
@@ -11,6 +20,15 @@ namespace {
 // Catalogue order: scene files and editors list types in this order.
 CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSinNode::CreateInfo,
+    &CCubeNode::CreateInfo,
+    &CCloneMeshNode::CreateInfo,
+    &CPlaneNode::CreateInfo,
+    &CSphereNode::CreateInfo,
+    &CCylinderNode::CreateInfo,
+    &CDiscNode::CreateInfo,
+    &CTorusNode::CreateInfo,
+    &CConeNode::CreateInfo,
+    &CTransformMeshNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.
