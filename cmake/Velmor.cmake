@@ -27,16 +27,21 @@ function(velmor_library name)
   endforeach()
 endfunction()
 
-# velmor_test(<name> DEPS <targets>...): one test executable of every .cpp in
-# the calling folder, each GoogleTest case registered with CTest.
+# velmor_test(<name> DEPS <targets>... [X_DISPLAY]): one test executable of
+# every .cpp in the calling folder, each GoogleTest case registered with
+# CTest. X_DISPLAY tests share the test run's X server, whose screen layout
+# some of them change: they take turns.
 function(velmor_test name)
-  cmake_parse_arguments(ARG "" "" "DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "X_DISPLAY" "" "DEPS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   add_executable(${name} ${sources})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gmock velmor_test_main)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120
-    PROPERTIES ENVIRONMENT "VELMOR_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+  set(props ENVIRONMENT "VELMOR_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+  if(ARG_X_DISPLAY)
+    list(APPEND props RESOURCE_LOCK x_display)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 PROPERTIES ${props})
 endfunction()
 
 # Adds every listed subfolder that has a CMakeLists.txt, in the given order.

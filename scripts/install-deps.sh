@@ -8,10 +8,15 @@ PACKAGES=(
   cmake ninja-build g++ pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   # rendering tests run for real under a virtual X server
-  xvfb xauth
+  xvfb xauth x11-xserver-utils libgl1-mesa-dri
+  # emitted effect GLSL is checked strictly in the tests
+  glslang-tools
   # libraries
   libtinyxml-dev
+  libx11-dev libxrandr-dev libxext-dev libxss-dev libgl-dev libglew-dev libfreeimage-dev
   libpulse-dev libsndfile1-dev
+  # benchmark baseline for the audio spectrum
+  libfftw3-dev
   # benchmark baseline for the expression language
   libmuparser-dev
 )

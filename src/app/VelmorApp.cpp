@@ -5,9 +5,27 @@
 #include "app/AppTypeWin.h"
 #include "core/Log.h"
 #include "core/Trace.h"
+#include "audio/SoundAnalyzer.h"
 #include "engine/EngineInterface.h"
+#include "engine/Velmor.h"
 #include "render/Render.h"
 #include "render/Matrix.h"
+
+std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
+  auto engine = std::make_unique<CVelmor>();
+  // The analysis smooths by the frame rate the host estimates.
+  engine->m_UpdateSound = [] { g_Sound.UpdateSound(g_AppType ? g_AppType->m_Fps : 30.0f); };
+  engine->m_ConfigureSound = [](bool capture, int maxSilence) {
+    g_Sound.m_CaptureSound = capture;
+    g_Sound.m_MaxSilenceTime = maxSilence;
+  };
+  if (g_AppType) {
+    engine->m_HostAppType = g_AppType->m_AppType;
+    engine->m_HostMode = g_AppType->m_Mode;
+    engine->m_Render = g_AppType->m_Render;
+  }
+  return engine;
+}
 
 CVelmorApp::CVelmorApp(EngineMaker makeEngine) : m_MakeEngine(std::move(makeEngine)) {}
 

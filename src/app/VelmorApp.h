@@ -41,6 +41,9 @@ class CVelmorApp : public CUserApp3d {
 
   IVelmorEngine *GetEngine() const { return m_Engine.get(); }
 
+  // The engine wired to this process's sound analysis and host.
+  static std::unique_ptr<IVelmorEngine> MakeVelmorEngine();
+
   std::string m_ProjectFile;
   bool m_IsScreensaver = true;
 

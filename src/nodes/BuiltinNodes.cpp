@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/mesh/CloneMeshExpressionNode.h"
 #include "nodes/mesh/CloneMeshNode.h"
 #include "nodes/mesh/ConeNode.h"
 #include "nodes/mesh/CubeNode.h"
@@ -12,6 +13,11 @@
 #include "nodes/mesh/SphereNode.h"
 #include "nodes/mesh/TorusNode.h"
 #include "nodes/mesh/TransformMeshNode.h"
+#include "nodes/render/ClearNode.h"
+#include "nodes/render/MeshObjectNode.h"
+#include "nodes/render/RenderObjectNode.h"
+#include "nodes/render/RenderRectNode.h"
+#include "nodes/render/ScreenNode.h"
 #include "nodes/value/SinNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/NodeInfo.h"
@@ -20,14 +26,20 @@ namespace {
 // Catalogue order: scene files and editors list types in this order.
 CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSinNode::CreateInfo,
+    &CScreenNode::CreateInfo,
+    &CClearNode::CreateInfo,
+    &CRenderObjectNode::CreateInfo,
+    &CMeshObjectNode::CreateInfo,
     &CCubeNode::CreateInfo,
     &CCloneMeshNode::CreateInfo,
+    &CRenderRectNode::CreateInfo,
     &CPlaneNode::CreateInfo,
     &CSphereNode::CreateInfo,
     &CCylinderNode::CreateInfo,
     &CDiscNode::CreateInfo,
     &CTorusNode::CreateInfo,
     &CConeNode::CreateInfo,
+    &CCloneMeshExpressionNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
 };
 

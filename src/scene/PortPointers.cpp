@@ -15,7 +15,6 @@ void CPortTexture::SetTexture(CPDTexture *texture) {
   }
 }
 
-CPort *CPortTexture::CloneTyped() const { return new CPortTexture(m_Name.c_str(), m_Desc.c_str()); }
 
 void CPortMesh::Prepare() {
   if (!m_Value) return;
@@ -26,5 +25,3 @@ void CPortMesh::Prepare() {
   m_Value->m_DirtyUnits = ALL_UNITS;
   producer->m_DirtyUnits = ALL_UNITS;
 }
-
-CPort *CPortMesh::CloneTyped() const { return new CPortMesh(m_Name.c_str(), m_Desc.c_str()); }

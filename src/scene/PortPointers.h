@@ -13,7 +13,7 @@ class CPDEffect;
 class CPDTexture;
 class CPDMesh;
 
-template <typename T, int Type>
+template <typename T, int Type, typename Self>
 class CPortPointer : public CPort {
  public:
   CPortPointer(const char *name, const char *desc) : CPort(Type, name, desc) {}
@@ -27,14 +27,23 @@ class CPortPointer : public CPort {
   T *m_Value = nullptr;
 
  protected:
-  CPort *CloneTyped() const override { return new CPortPointer(m_Name.c_str(), m_Desc.c_str()); }
+  CPort *CloneTyped() const override { return new Self(m_Name.c_str(), m_Desc.c_str()); }
 };
 
-using CPortRender = CPortPointer<CPDRender, PT_Render>;
-using CPortObject = CPortPointer<CPDObject, PT_Object>;
-using CPortEffect = CPortPointer<CPDEffect, PT_Effect>;
+class CPortRender : public CPortPointer<CPDRender, PT_Render, CPortRender> {
+ public:
+  using CPortPointer::CPortPointer;
+};
+class CPortObject : public CPortPointer<CPDObject, PT_Object, CPortObject> {
+ public:
+  using CPortPointer::CPortPointer;
+};
+class CPortEffect : public CPortPointer<CPDEffect, PT_Effect, CPortEffect> {
+ public:
+  using CPortPointer::CPortPointer;
+};
 
-class CPortTexture : public CPortPointer<CPDTexture, PT_Texture> {
+class CPortTexture : public CPortPointer<CPDTexture, PT_Texture, CPortTexture> {
  public:
   using CPortPointer::CPortPointer;
   // Stores the texture; a change of its sampling flags or mode counts as a
@@ -42,18 +51,12 @@ class CPortTexture : public CPortPointer<CPDTexture, PT_Texture> {
   void SetTexture(CPDTexture *texture);
   uint32_t m_Flags = 0;
   int m_Mode = 0;
-
- protected:
-  CPort *CloneTyped() const override;
 };
 
-class CPortMesh : public CPortPointer<CPDMesh, PT_Mesh> {
+class CPortMesh : public CPortPointer<CPDMesh, PT_Mesh, CPortMesh> {
  public:
   using CPortPointer::CPortPointer;
   // Generates the mesh now when its producer changed, for nodes that read
   // mesh data outside the frame's normal order.
   void Prepare() override;
-
- protected:
-  CPort *CloneTyped() const override;
 };

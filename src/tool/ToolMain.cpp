@@ -31,6 +31,9 @@ ToolCommandRegistrar::ToolCommandRegistrar(const ToolCommand &command) {
 const std::vector<ToolCommand> &ToolCommands() { return Registry(); }
 
 int main(int argc, char **argv) {
+  // Scripts read our output through pipes: keep it in step with stderr and
+  // complete even when a sanitizer ends the process at exit.
+  setvbuf(stdout, nullptr, _IOLBF, 0);
   if (argc < 2) {
     PrintHelp(stderr);
     return 2;

@@ -36,7 +36,7 @@ bool CCloneMeshNode::CreateMesh(CPDMesh &mesh) {
   const Vec3f pos = m_PosChange->m_Value, rot = m_RotChange->m_Value, scale = m_ScaleChange->m_Value;
   for (int k = 1; k < clones; ++k) {
     const float r = k * MESH_DEG_TO_RAD;
-    TransformVertices(&mesh.m_Vertices[0], v, &mesh.m_Vertices[k * v], RotationMatrix(rot.x * r, rot.y * r, rot.z * r),
+    TransformVertices(mesh.m_Vertices.Data(), v, mesh.m_Vertices.Data() + k * v, RotationMatrix(rot.x * r, rot.y * r, rot.z * r),
                       {scale.x * k + 1.0f, scale.y * k + 1.0f, scale.z * k + 1.0f}, {pos.x * k, pos.y * k, pos.z * k});
   }
   for (int k = 1; k < clones; ++k) CopyFaces(mesh, q, t, mesh, k * q, k * t, k * v);

@@ -1,0 +1,57 @@
+#include "app/Folders.h"
+
+#include <filesystem>
+#include <unistd.h>
+
+#include "core/Log.h"
+#include "core/Paths.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+bool IsDir(const fs::path &p) {
+  std::error_code ec;
+  return fs::is_directory(p, ec);
+}
+}  // namespace
+
+AppFolders FindAppFolders(const std::string &executable, const std::string &currentDir, const char *xdgConfigHome,
+                          const char *home) {
+  AppFolders f;
+  const fs::path exeDir = fs::path(executable).parent_path();
+  const fs::path installed = exeDir.parent_path() / "share" / "velmor";
+  if (!executable.empty() && IsDir(installed))
+    f.appPath = installed.string();
+  else if (!executable.empty() && IsDir(exeDir / "nodes"))
+    f.appPath = exeDir.string();
+  else
+    f.appPath = currentDir;
+
+  fs::path config;
+  if (xdgConfigHome && *xdgConfigHome)
+    config = fs::path(xdgConfigHome);
+  else if (home && *home)
+    config = fs::path(home) / ".config";
+  f.userPath = f.appPath;
+  f.configFile = "config.xml";
+  if (!config.empty()) {
+    std::error_code ec;
+    fs::create_directories(config / "velmor", ec);
+    if (IsDir(config / "velmor")) {
+      f.userPath = (config / "velmor").string();
+      f.configFile = (config / "velmor" / "config.xml").string();
+    }
+  }
+  return f;
+}
+
+AppFolders SetUpAppFolders() {
+  std::error_code ec;
+  const std::string exe = fs::read_symlink("/proc/self/exe", ec).string();
+  const std::string cwd = fs::current_path(ec).string();
+  AppFolders f = FindAppFolders(exe, cwd, getenv("XDG_CONFIG_HOME"), getenv("HOME"));
+  if (chdir(f.appPath.c_str()) != 0) LogError("Unable to change dir");
+  SetAppPaths(f.appPath, f.userPath);
+  StartLog(JoinPath(f.userPath, "log.txt").c_str());
+  return f;
+}

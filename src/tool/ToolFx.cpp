@@ -1,0 +1,63 @@
+// velmor-tool fx: what an effect file declares, and the GLSL of its passes.
+#include "core/Log.h"
+#include "fx/FxEffect.h"
+#include "fx/FxListing.h"
+#include "fx/FxText.h"
+#include "tool/ToolCommand.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+int RunFx(int argc, char **argv) {
+  const char *path = nullptr;
+  bool glsl = false, validate = false;
+  for (int i = 1; i < argc; ++i) {
+    if (!strcmp(argv[i], "--glsl")) glsl = true;
+    else if (!strcmp(argv[i], "--validate")) validate = true;
+    else if (argv[i][0] != '-' && !path) path = argv[i];
+    else {
+      fprintf(stderr, "fx: unknown argument '%s'\n", argv[i]);
+      return 2;
+    }
+  }
+  if (!path) {
+    fprintf(stderr, "usage: velmor-tool fx FILE.cgfx [--glsl] [--validate]\n");
+    return 2;
+  }
+  std::string text;
+  if (!ReadFxFile(path, text)) {
+    fprintf(stderr, "fx: cannot read %s\n", path);
+    return 1;
+  }
+  CFxDiagnostics diag;
+  auto effect = CFxEffect::Create(text, path, diag, FxFolderIncludes(FxFolderOf(path)));
+  fputs(diag.Listing().c_str(), stderr);
+  if (!effect) return 1;
+  fputs(DescribeEffect(*effect).c_str(), stdout);
+  int result = 0;
+  if (glsl) {
+    for (const CFxTechnique &t : effect->Techniques())
+      for (const CFxPass &p : t.passes) {
+        CFxDiagnostics passDiag;
+        CFxPassProgram program;
+        bool ok = effect->TranslatePass(p, program, passDiag);
+        fputs(passDiag.Listing().c_str(), stderr);
+        if (!ok) {
+          result = 1;
+          continue;
+        }
+        if (!program.vertex.empty()) printf("// technique %s, pass %s: vertex\n%s", t.name.c_str(), p.name.c_str(), program.vertex.c_str());
+        if (!program.fragment.empty()) printf("// technique %s, pass %s: fragment\n%s", t.name.c_str(), p.name.c_str(), program.fragment.c_str());
+      }
+  }
+  if (validate) {
+    fprintf(stderr, "fx: GL validation is not available yet\n");
+    return 3;
+  }
+  return result;
+}
+}  // namespace
+
+VELMOR_TOOL_COMMAND(fx, "fx", 5, "FILE.cgfx [--glsl] [--validate]",
+                    "list an effect's techniques, passes and parameters; --glsl prints each pass's GLSL", RunFx);

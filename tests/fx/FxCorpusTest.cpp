@@ -1,0 +1,65 @@
+// The corpus under effects/ covers every construct the compiler accepts: each
+// file must load, each technique must translate (unless it is annotated
+// ExpectInvalid) and every emitted stage must pass glslangValidator's strict
+// GLSL 1.20 checks.
+#include "FxTestSupport.h"
+#include "fx/FxEffect.h"
+#include "fx/FxText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+std::unique_ptr<CFxEffect> Load(const std::string &path, CFxDiagnostics &diag) {
+  std::string dir = FxEffectsDir();
+  return CFxEffect::Create(ReadText(path), path.substr(dir.size()), diag, FxFolderIncludes(dir));
+}
+
+bool ExpectInvalid(const CFxTechnique &t) {
+  for (const CFxAnnotationValue &a : t.annotations)
+    if (a.name == "ExpectInvalid") return !a.values.empty() && a.values[0] != 0;
+  return false;
+}
+}  // namespace
+
+TEST(FxCorpus, ValidatorIsInstalled) {
+  // Without it the corpus checks below would prove nothing.
+  EXPECT_EQ(system("glslangValidator --version >/dev/null 2>&1"), 0) << "install glslang-tools";
+}
+
+TEST(FxCorpus, EveryEffectTranslatesToStrictGlsl120) {
+  std::vector<std::string> files = FxCorpusFiles();
+  ASSERT_GE(files.size(), 10u) << FxEffectsDir();
+  int stages = 0;
+  for (const std::string &path : files) {
+    SCOPED_TRACE(path);
+    CFxDiagnostics diag;
+    auto effect = Load(path, diag);
+    ASSERT_TRUE(effect) << diag.Listing();
+    EXPECT_FALSE(effect->Techniques().empty());
+    for (const CFxTechnique &t : effect->Techniques()) {
+      for (const CFxPass &p : t.passes) {
+        SCOPED_TRACE("technique " + t.name + " pass " + p.name);
+        CFxDiagnostics passDiag;
+        CFxPassProgram program;
+        bool ok = effect->TranslatePass(p, program, passDiag);
+        if (ExpectInvalid(t)) {
+          EXPECT_FALSE(ok);
+          EXPECT_TRUE(passDiag.HasErrors());
+          continue;
+        }
+        ASSERT_TRUE(ok) << passDiag.Listing();
+        if (!program.vertex.empty()) {
+          EXPECT_EQ(GlslangErrors(program.vertex, false), "") << program.vertex;
+          ++stages;
+        }
+        if (!program.fragment.empty()) {
+          EXPECT_EQ(GlslangErrors(program.fragment, true), "") << program.fragment;
+          ++stages;
+        }
+      }
+    }
+  }
+  EXPECT_GE(stages, 20);
+}

@@ -1,0 +1,86 @@
+// The generated main() of each stage: which attributes a GL back end must
+// bind, how outputs reach GL and varyings link between the stages.
+#include "FxTestSupport.h"
+#include "fx/FxEffect.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+class OutputsEffect : public testing::Test {
+ protected:
+  void SetUp() override {
+    m_Fx = CFxEffect::Create(ReadText(FxEffectsDir() + "outputs.cgfx"), "outputs.cgfx", m_Diag);
+    ASSERT_TRUE(m_Fx) << m_Diag.Listing();
+  }
+  CFxPassProgram Pass(size_t index) {
+    CFxPassProgram program;
+    EXPECT_TRUE(m_Fx->TranslatePass(m_Fx->Techniques()[0].passes[index], program, m_Diag)) << m_Diag.Listing();
+    return program;
+  }
+  static bool Has(const std::string &text, const std::string &part) { return text.find(part) != std::string::npos; }
+
+  CFxDiagnostics m_Diag;
+  std::unique_ptr<CFxEffect> m_Fx;
+};
+}  // namespace
+
+TEST_F(OutputsEffect, AttributesSitOnTheFixedIndices) {
+  CFxPassProgram p = Pass(0);
+  std::vector<std::pair<int, std::string>> expected = {{0, "cg_ATTR0"}, {1, "cg_ATTR1"},   {3, "cg_ATTR3"},
+                                                       {4, "cg_ATTR4"}, {8, "cg_ATTR8"},   {13, "cg_ATTR13"},
+                                                       {14, "cg_ATTR14"}, {15, "cg_ATTR15"}};
+  EXPECT_EQ(p.attributes, expected);
+  EXPECT_TRUE(Has(p.vertex, "cg_in0.frame.tangent = cg_ATTR14.xyz;")) << p.vertex;
+  EXPECT_TRUE(Has(p.vertex, "cg_in0.uv0 = cg_ATTR8.xy;")) << p.vertex;
+}
+
+TEST_F(OutputsEffect, VaryingsAreVec4NamedBySemanticAndColoursClamp) {
+  CFxPassProgram p = Pass(0);
+  EXPECT_TRUE(Has(p.vertex, "VSOut cg_ret = VS(cg_in0, gWVP, 2.0);")) << p.vertex;  // uniform arguments kept
+  EXPECT_TRUE(Has(p.vertex, "gl_Position = cg_ret.hpos;")) << p.vertex;             // HPOS is POSITION
+  EXPECT_TRUE(Has(p.vertex, "gl_PointSize = cg_ret.size;")) << p.vertex;
+  EXPECT_TRUE(Has(p.vertex, "COLOR0 = clamp(cg_ret.light.diffuse, 0.0, 1.0);")) << p.vertex;
+  EXPECT_TRUE(Has(p.vertex, "TEXCOORD6 = vec4(cg_ret.tangent, 1.0);")) << p.vertex;
+  for (const char *v : {"COLOR0", "COLOR1", "TEXCOORD0", "TEXCOORD6"}) {
+    std::string decl = std::string("varying vec4 ") + v + ";";
+    EXPECT_TRUE(Has(p.vertex, decl)) << v;
+    EXPECT_TRUE(Has(p.fragment, decl)) << v;
+  }
+  // Several colour outputs go to gl_FragData, never mixed with gl_FragColor.
+  EXPECT_TRUE(Has(p.fragment, "gl_FragData[2] = cg_in5;")) << p.fragment;
+  EXPECT_FALSE(Has(p.fragment, "gl_FragColor")) << p.fragment;
+  EXPECT_TRUE(Has(p.fragment, "gl_FragDepth = cg_in6;")) << p.fragment;
+  EXPECT_TRUE(Has(p.fragment, "cg_in1 = gl_FragCoord;")) << p.fragment;
+  EXPECT_TRUE(Has(p.fragment, "cg_in2 = (gl_FrontFacing ? 1.0 : -1.0);")) << p.fragment;
+  EXPECT_EQ(p.vertexKey, "VS(gWVP, 2.0)");
+  EXPECT_EQ(p.fragmentKey, "MRT()");
+}
+
+TEST_F(OutputsEffect, AStageWithoutPartnerUsesTheBuiltInVaryings) {
+  CFxPassProgram vertexOnly = Pass(1);
+  EXPECT_TRUE(vertexOnly.fragment.empty());
+  EXPECT_TRUE(Has(vertexOnly.vertex, "gl_FrontColor = cg_ret.light.diffuse;")) << vertexOnly.vertex;
+  EXPECT_TRUE(Has(vertexOnly.vertex, "gl_TexCoord[0] = cg_ret.uv;")) << vertexOnly.vertex;
+  EXPECT_FALSE(Has(vertexOnly.vertex, "varying")) << vertexOnly.vertex;
+  CFxPassProgram fragmentOnly = Pass(2);
+  EXPECT_TRUE(fragmentOnly.vertex.empty());
+  EXPECT_TRUE(fragmentOnly.attributes.empty());
+  EXPECT_TRUE(Has(fragmentOnly.fragment, "cg_in0 = gl_Color;")) << fragmentOnly.fragment;
+  EXPECT_TRUE(Has(fragmentOnly.fragment, "cg_in1 = gl_TexCoord[1].xy;")) << fragmentOnly.fragment;
+  EXPECT_EQ(GlslangErrors(fragmentOnly.fragment, true), "");
+}
+
+TEST(FxEntry, VertexStageWritesEveryVaryingTheFragmentStageReads) {
+  CFxDiagnostics diag;
+  auto fx = CFxEffect::Create(
+      "float4 VS(float4 p : POSITION) : POSITION { return p; }\n"
+      "float4 PS(float2 uv : TEXCOORD3, float4 c : COLOR) : COLOR { return c * uv.x; }\n"
+      "technique T { pass { VertexProgram = compile glslv VS(); FragmentProgram = compile glslf PS(); } }\n",
+      "t.cgfx", diag);
+  ASSERT_TRUE(fx) << diag.Listing();
+  CFxPassProgram p;
+  ASSERT_TRUE(fx->TranslatePass(fx->Techniques()[0].passes[0], p, diag)) << diag.Listing();
+  EXPECT_NE(p.vertex.find("TEXCOORD3 = vec4(0.0, 0.0, 0.0, 1.0);"), std::string::npos) << p.vertex;
+  EXPECT_NE(p.vertex.find("COLOR0 = vec4(0.0, 0.0, 0.0, 1.0);"), std::string::npos) << p.vertex;
+  EXPECT_EQ(GlslangErrors(p.vertex, false), "");
+}

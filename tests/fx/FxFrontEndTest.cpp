@@ -1,0 +1,212 @@
+// Parsing, checking and the effect model: what listing and nodes rely on, and
+// that broken input ends in located errors, never a crash.
+#include "FxTestSupport.h"
+#include "fx/FxEffect.h"
+#include "fx/FxListing.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+std::unique_ptr<CFxEffect> Create(const std::string &text, CFxDiagnostics &diag) {
+  return CFxEffect::Create(text, "t.cgfx", diag);
+}
+
+// Translates the only pass; returns the listing of errors (empty: success).
+std::string Translate(const std::string &text, CFxPassProgram *program = nullptr) {
+  CFxDiagnostics diag;
+  auto fx = Create(text, diag);
+  if (!fx) return diag.Listing();
+  CFxPassProgram local;
+  if (!fx->TranslatePass(fx->Techniques()[0].passes[0], program ? *program : local, diag)) return diag.Listing();
+  return "";
+}
+
+const char *kPassPS = "technique T { pass { FragmentProgram = compile glslf PS(); } }\n";
+}  // namespace
+
+TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
+  CFxDiagnostics diag;
+  auto fx = Create(
+      "texture t1 <string UIName = \"Texture1\";> : DIFFUSE;\n"
+      "texture t2 : NORMAL <string UIName = \"Texture2\";>;\n"
+      "float3 c : COLOR <float3 UIMin = {0, 0, 0}; bool UIHidden = false; int Steps = 4; float2 R = float2(1, 2);"
+      " float4 Q = 0.5;> = {1, 0.5, 0.25};\n"
+      "float4x4 m = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};\n"
+      "static const float kHalf = 0.5;\n"
+      "float2 h = kHalf * 2;\n"
+      "string Script = \"STANDARDSGLOBAL\";\n"
+      "sampler2D s = sampler_state { Texture = <t1>; MinFilter = Nearest; WrapS = Clamp; };\n"
+      "technique A <string Group = \"x\";> { pass P0 <int Index = 0;> { DepthMask = false; } }\n"
+      "technique B { pass { } pass Second { } }\n",
+      diag);
+  ASSERT_TRUE(fx) << diag.Listing();
+  const auto &params = fx->Parameters();
+  ASSERT_EQ(params.size(), 7u);  // static constants are not parameters
+  EXPECT_EQ(params[0].semantic, "DIFFUSE");
+  EXPECT_EQ(params[0].annotations[0].text, "Texture1");
+  EXPECT_EQ(params[1].semantic, "NORMAL");
+  EXPECT_EQ(params[1].annotations[0].text, "Texture2");
+  EXPECT_EQ(TypeName(params[2].type), "float3");
+  EXPECT_EQ(params[2].defaults, (std::vector<float>{1, 0.5f, 0.25f}));
+  EXPECT_EQ(params[2].Value(), params[2].defaults);
+  ASSERT_EQ(params[2].annotations.size(), 5u);
+  EXPECT_EQ(params[2].FindAnnotation("Steps")->values, std::vector<float>{4});
+  EXPECT_EQ(params[2].FindAnnotation("R")->values, (std::vector<float>{1, 2}));
+  EXPECT_EQ(params[2].FindAnnotation("Q")->values, (std::vector<float>{0.5f, 0.5f, 0.5f, 0.5f}));
+  EXPECT_EQ(params[3].defaults[1], 2);  // row by row
+  EXPECT_EQ(params[4].defaults, (std::vector<float>{1, 1}));
+  EXPECT_EQ(params[5].stringValue, "STANDARDSGLOBAL");
+  EXPECT_EQ(params[6].textureName, "t1");
+  ASSERT_EQ(params[6].samplerStates.size(), 2u);
+  EXPECT_EQ(params[6].samplerStates[1].values[0], 0x2900);
+  ASSERT_EQ(fx->Techniques().size(), 2u);
+  EXPECT_EQ(fx->Techniques()[0].passes[0].annotations[0].name, "Index");
+  EXPECT_EQ(fx->Techniques()[1].passes[1].name, "Second");
+  std::string listing = DescribeEffect(*fx);
+  EXPECT_NE(listing.find("parameter float3 c : COLOR = (1, 0.5, 0.25)\n  annotation float3 UIMin = (0, 0, 0)\n"), std::string::npos) << listing;
+  EXPECT_NE(listing.find("    DepthMask = false\n"), std::string::npos) << listing;
+  EXPECT_NE(listing.find("  MinFilter = Nearest\n"), std::string::npos) << listing;
+
+  float m[16] = {};
+  m[1] = 5;
+  uint32_t serial = fx->Parameters()[3].Serial();
+  fx->FindParameter("m")->SetMatrixfc(m);
+  EXPECT_EQ(fx->FindParameter("m")->Value()[4], 5);  // given by columns, seen transposed
+  EXPECT_NE(fx->FindParameter("m")->Serial(), serial);
+}
+
+TEST(FxEffectModel, PassStatesParseToGlValues) {
+  CFxDiagnostics diag;
+  auto fx = Create(ReadText(FxEffectsDir() + "states.cgfx"), diag);
+  ASSERT_TRUE(fx) << diag.Listing();
+  const CFxPass &blended = fx->Techniques()[0].passes[1];
+  ASSERT_GE(blended.states.size(), 4u);
+  EXPECT_EQ(blended.states[1].state, EFxState::BlendFunc);
+  EXPECT_EQ(blended.states[1].values[0], 0x0302);
+  EXPECT_EQ(blended.states[1].values[1], 0x0303);
+  const CFxPass &stencil = fx->Techniques()[0].passes[3];
+  EXPECT_EQ(stencil.vertexProgram, nullptr);
+  EXPECT_EQ(stencil.states[2].state, EFxState::StencilOp);
+  EXPECT_EQ(stencil.states[2].values[2], 0x8507);
+  EXPECT_EQ(GetStateInfo(EFxState::DepthFunc).reset[0], 0x0201);  // what a reset restores
+}
+
+TEST(FxEffectModel, BrokenEffectsReportFileAndLine) {
+  struct Case {
+    const char *text;
+    const char *message;
+  } cases[] = {
+      {"float4 f() {\n  return 1\n}\ntechnique T { pass {} }", "t.cgfx(3): expected ';', found '}'"},
+      {"technique T {\n pass {\n  ZWriteEnable = true;\n }\n}", "t.cgfx(3): unknown state 'ZWriteEnable'"},
+      {"technique T { pass { BlendFunc = int2(SrcAlpha, Sideways); } }", "t.cgfx(1): bad value 'Sideways' for BlendFunc"},
+      {"technique T { pass { BlendFunc = SrcAlpha; } }", "t.cgfx(1): BlendFunc takes 2 values, not 1"},
+      {"sampler2D s = sampler_state {\n Texture = <nothing>; };\ntechnique T { pass {} }",
+       "t.cgfx(1): sampler 's' names no texture parameter 'nothing'"},
+      {"sampler2D s = sampler_state { Fuzz = 1; }; technique T { pass {} }", "t.cgfx(1): unknown sampler state 'Fuzz'"},
+      {"float4 PS() : COLOR { return 1; }\ntechnique T { pass { FragmentProgram = compile ps_9 PS(); } }",
+       "t.cgfx(2): unknown profile 'ps_9'"},
+      {"float x = ;\ntechnique T { pass {} }", "t.cgfx(1): unexpected ';'"},
+      {"mystery x;\ntechnique T { pass {} }", "t.cgfx(1): unknown type 'mystery'"},
+      {"float x = 1;", "t.cgfx(1): the effect has no technique"},
+      {"float3 x = {1, 2};\ntechnique T { pass {} }", "t.cgfx(1): initialiser has 2 values, float3 needs 3"},
+  };
+  for (const Case &c : cases) {
+    CFxDiagnostics diag;
+    EXPECT_FALSE(Create(c.text, diag)) << c.text;
+    ASSERT_FALSE(diag.Messages().empty()) << c.text;
+    EXPECT_EQ(diag.Messages()[0], c.message);
+  }
+}
+
+TEST(FxChecker, TypeErrorsInReachedCodeFailTranslation) {
+  struct Case {
+    const char *code;
+    const char *message;
+  } cases[] = {
+      {"float4 PS() : COLOR { float4 v = 1; return v.q; }", "t.cgfx(1): no member 'q' in float4"},
+      {"float4 PS() : COLOR { float4x4 m = 1; return m * float4(1, 1, 1, 1); }",
+       "t.cgfx(1): operator '*' cannot combine float4x4 and float4"},
+      {"float4 PS() : COLOR { return mul(float3x3(1,0,0,0,1,0,0,0,1), float2(1, 1)).xyzz; }",
+       "t.cgfx(1): mul(float3x3, float2): the vector is too short"},
+      {"float4 PS() : COLOR { return tex2D(1, float2(0, 0)); }", "t.cgfx(1): tex2D needs a sampler2D, not int"},
+      {"float F(float a) { return a; }\nfloat F(half a) { return a; }\nfloat4 PS() : COLOR { return F(1); }",
+       "t.cgfx(3): ambiguous call of F with (int)"},
+      {"float4 PS() : COLOR { const float k = 1; k = 2; return k; }", "t.cgfx(1): cannot assign to const 'k'"},
+      {"float g;\nfloat4 PS() : COLOR { g = 2; return g; }", "t.cgfx(2): cannot assign to parameter 'g'"},
+      {"float4 PS() : COLOR { int i = 1 & 2; return i; }", "t.cgfx(1): operator '&' is not supported"},
+      {"float4 PS(float4 c) : COLOR { return c; }", "t.cgfx(1): an entry input or output has no semantic"},
+      {"float4 PS() : TEXCOORD0 { return 1; }", "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},
+  };
+  for (const Case &c : cases) EXPECT_EQ(Translate(std::string(c.code) + "\n" + kPassPS), std::string(c.message) + "\n") << c.code;
+}
+
+TEST(FxChecker, OverloadRankingPrefersTheCheapestConversion) {
+  CFxPassProgram program;
+  ASSERT_EQ(Translate("float F(float a) { return 1; }\nfloat F(float3 a) { return 2; }\nfloat F(int a) { return 3; }\n"
+                      "float4 PS() : COLOR { return float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true)); }\n" +
+                          std::string(kPassPS),
+                      &program),
+            "");
+  // int literal -> F(int); float -> F(float); float3 -> F(float3); bool -> F(int) (cheaper than to float)
+  EXPECT_NE(program.fragment.find("vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))"), std::string::npos)
+      << program.fragment;
+}
+
+TEST(FxEmitter, MatrixLayoutMapsMulAndIndexingAsDocumented) {
+  CFxPassProgram program;
+  ASSERT_EQ(Translate("float4x4 M; float3x4 N;\n"
+                      "float4 PS(float4 v : TEXCOORD0) : COLOR {\n"
+                      "  float4 a = mul(M, v) + mul(v, M) + mul(mul(M, M), v) + mul(N, v).xyzx;\n"
+                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0]);\n"
+                      "}\n" + std::string(kPassPS),
+                      &program),
+            "");
+  const std::string &f = program.fragment;
+  EXPECT_NE(f.find("uniform mat3x4 N;"), std::string::npos) << f;  // 3 Cg rows = 3 GLSL columns of vec4
+  EXPECT_NE(f.find("(v * M)"), std::string::npos) << f;           // mul(M, v)
+  EXPECT_NE(f.find("(M * v)"), std::string::npos) << f;           // mul(v, M)
+  EXPECT_NE(f.find("(v * (M * M))"), std::string::npos) << f;     // mul(mul(A, B), v)
+  EXPECT_NE(f.find("(v * N).xyzx"), std::string::npos) << f;
+  EXPECT_NE(f.find("M[1]"), std::string::npos) << f;
+  EXPECT_NE(f.find("M[2][3]"), std::string::npos) << f;
+  EXPECT_EQ(f.find("M._"), std::string::npos) << f;
+  EXPECT_NE(f.find("vec2(M[0][0], M[1][1])"), std::string::npos) << f;
+  EXPECT_EQ(GlslangErrors(f, true), "");
+}
+
+TEST(FxEmitter, UniformsKeepTheirNamesExceptReservedOnes) {
+  CFxPassProgram program;
+  ASSERT_EQ(Translate("float4 sample; float input; float4 unused;\n"
+                      "float4 PS() : COLOR { return sample * input; }\n" + std::string(kPassPS), &program),
+            "");
+  std::vector<std::pair<std::string, std::string>> expected = {{"sample", "vm_sample"}, {"input", "vm_input"}};
+  EXPECT_EQ(program.uniforms, expected);
+  EXPECT_EQ(GlslangErrors(program.fragment, true), "");
+}
+
+TEST(FxRobustness, TruncatedAndMangledCorpusNeverCrashes) {
+  // Every prefix boundary and a few token-level mutations of every corpus
+  // file: each must end in an effect or in located errors.
+  for (const std::string &path : FxCorpusFiles()) {
+    std::string text = ReadText(path);
+    for (size_t cut = 0; cut < text.size(); cut += 97) {
+      for (int variant = 0; variant < 3; ++variant) {
+        std::string broken = text.substr(0, cut);
+        if (variant == 1) broken += "{ ( [ < \" ;";
+        if (variant == 2) broken += text.substr(cut + cut % 13);
+        CFxDiagnostics diag;
+        auto fx = Create(broken, diag);
+        if (!fx) {
+          ASSERT_TRUE(diag.HasErrors());
+          EXPECT_EQ(diag.Messages()[0].rfind("t.cgfx(", 0), 0u) << diag.Messages()[0];
+          continue;
+        }
+        for (const CFxTechnique &t : fx->Techniques()) fx->TranslateTechnique(t, diag);
+      }
+    }
+  }
+  std::string deep(5000, '(');
+  CFxDiagnostics diag;
+  EXPECT_FALSE(Create("float x = " + deep + ";", diag));
+  EXPECT_EQ(diag.Messages()[0], "t.cgfx(1): expression nested too deeply");
+}

@@ -1,0 +1,206 @@
+// The GL-free runtime: loading through the manager, technique choice by
+// validity, the error handler's burst limit, the text helpers and the matrix
+// semantics the engine feeds.
+#include "FxTestSupport.h"
+#include "core/FakeClock.h"
+#include "core/Log.h"
+#include "fx/FxManager.h"
+#include "fx/FxMatrixSemantics.h"
+#include "fx/FxText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+class LogCapture {
+ public:
+  LogCapture() {
+    ResetLog();
+    ResetFxErrorHandler();
+    SetLogSink([](const char *text, bool isError, void *user) {
+      if (isError) static_cast<std::vector<std::string> *>(user)->push_back(text);
+    }, &errors);
+  }
+  ~LogCapture() {
+    SetLogSink(nullptr, nullptr);
+    ResetFxErrorHandler();
+    ResetLog();
+  }
+  std::vector<std::string> errors;
+};
+
+std::string TempFile(const std::string &content) {
+  char path[] = "/tmp/velmor-fx-XXXXXX";
+  int fd = mkstemp(path);
+  FILE *f = fdopen(fd, "wb");
+  fwrite(content.data(), 1, content.size(), f);
+  fclose(f);
+  return path;
+}
+}  // namespace
+
+TEST(FxManager, BestTechniqueSkipsOneThatDoesNotTranslate) {
+  LogCapture log;
+  CFxManager manager;
+  ASSERT_TRUE(manager.Init(nullptr));
+  std::unique_ptr<CFx> fx(manager.LoadEffect((FxEffectsDir() + "fallback.cgfx").c_str()));
+  ASSERT_TRUE(fx);
+  std::unique_ptr<FxTechniqueRecord> best(fx->GetBestTechnique());
+  ASSERT_TRUE(best);
+  EXPECT_EQ(best->technique->name, "Plain");
+  EXPECT_EQ(best->pass.technique, best.get());
+  EXPECT_EQ(fx->GetNamedTechnique("Fancy"), &fx->Effect()->Techniques()[0]);
+  // The rejected technique's reason reached the log through the handler.
+  ASSERT_EQ(log.errors.size(), 2u);
+  EXPECT_EQ(log.errors[0], "CGError: The compile returned an error. (1)");
+  EXPECT_NE(log.errors[1].find("fallback.cgfx(11): undefined function 'missingFunction'"), std::string::npos);
+  EXPECT_EQ(log.errors[1].rfind("LastListing:\n", 0), 0u);
+}
+
+TEST(FxManager, NoValidTechniqueAndBrokenTextsGiveNull) {
+  LogCapture log;
+  CFxManager manager;
+  manager.Init(nullptr);
+  std::unique_ptr<CFx> fx(manager.ParseEffect(
+      "float4 PS() : COLOR { return nothing; }\n"
+      "technique T { pass { FragmentProgram = compile glslf PS(); } }\n"));
+  ASSERT_TRUE(fx);
+  EXPECT_EQ(fx->GetBestTechnique(), nullptr);
+  log.errors.clear();
+  EXPECT_EQ(manager.ParseEffect("technique T { pass { Bogus = 1; } }"), nullptr);
+  std::vector<std::string> expected = {"CGError: The compile returned an error. (1)",
+                                       "LastListing:\n<text>(1): unknown state 'Bogus'\n\n-------",
+                                       "CG Error: The compile returned an error."};
+  EXPECT_EQ(log.errors, expected);
+  log.errors.clear();
+  EXPECT_EQ(manager.LoadEffect("/nonexistent/effect.cgfx"), nullptr);
+  EXPECT_EQ(log.errors.back(), "CG Error: The file could not be read.");
+}
+
+TEST(FxManager, ErrorBurstLimitWithAFakeClock) {
+  LogCapture log;
+  CScopedFakeClock clock;
+  auto report = [] { FxErrorHandler("boom", 7, nullptr); };
+  for (int i = 0; i < 20; ++i) report();
+  EXPECT_EQ(log.errors.size(), 11u);  // the 12th starts the quiet time
+  EXPECT_EQ(log.errors[0], "CGError: boom (7)");
+  clock.clock.unixSeconds += 29;
+  report();
+  EXPECT_EQ(log.errors.size(), 11u);
+  clock.clock.unixSeconds += 1;
+  for (int i = 0; i < 20; ++i) report();
+  EXPECT_EQ(log.errors.size(), 22u);  // another burst of 11
+  clock.clock.unixSeconds += 30;
+  report();  // the stamp was set by the first refused call after the burst
+  EXPECT_EQ(log.errors.size(), 23u);
+}
+
+TEST(FxText, AddDeclarationLooksOnlyAfterTheName) {
+  std::string prefix;
+  AddDeclaration("float x = gWVP.x;", prefix, "gW", "A;");
+  EXPECT_EQ(prefix, "");
+  AddDeclaration("return mytime * 2;", prefix, "time", "B;");
+  EXPECT_EQ(prefix, "B;");
+  AddDeclaration("gWa gW_b", prefix, "gW", "C;");  // the second occurrence counts: '_' ends a name
+  EXPECT_EQ(prefix, "B;C;");
+  AddDeclaration("uses tex", prefix, "tex", "D;");  // the end of the text ends a name too
+  EXPECT_EQ(prefix, "B;C;D;");
+  AddDeclaration("nothing here", prefix, "tex", "E;");
+  EXPECT_EQ(prefix, "B;C;D;");
+}
+
+TEST(FxText, AddSamplerDeclaresWhatTheTextureNeeds) {
+  std::string prefix;
+  EXPECT_EQ(AddSampler("tex2D(tex1, uv)", prefix, nullptr, "tex1"), 0);
+  FxTextureInfo volume{3, 0x100 | 0x4};
+  EXPECT_EQ(AddSampler("tex3D(tex1, uvw)", prefix, &volume, "tex1"), 3);
+  EXPECT_EQ(prefix,
+            "sampler3D tex1 = sampler_state { MinFilter = LinearMipMapLinear; MagFilter = Linear; "
+            "WrapS = ClampToEdge; WrapT = ClampToEdge; };\n");
+  std::string user = "sampler2D tex1 = sampler_state { MinFilter = Nearest; }; float4 c = tex2D(tex1, uv);";
+  std::string untouched;
+  FxTextureInfo flat{2, 0};
+  EXPECT_EQ(AddSampler(user, untouched, &flat, "tex1"), 0);
+  EXPECT_EQ(untouched, "");
+  EXPECT_EQ(AddSampler("tex2D(tex2, uv)", untouched, &flat, "tex2"), 2);
+  EXPECT_NE(untouched.find("sampler2D tex2 = sampler_state { MinFilter = Linear; MagFilter = Linear; WrapS = Repeat; WrapT = Repeat; };"), std::string::npos);
+}
+
+TEST(FxText, ShaderHeaderFilterAndRetryWhenMissing) {
+  EXPECT_EQ(FilterShaderHeader("  float a;\r\n\r\n\t// note\n  b = 1; // tail\n  c;\nX"), "float a;\nb = 1; c;\n");
+  EXPECT_EQ(FilterShaderHeader("x"), "");
+  ResetShaderHeader();
+  std::string missing = "/tmp/velmor-no-such-header.cgh";
+  LoadShaderHeader(missing.c_str());
+  EXPECT_EQ(GetShaderHeader(), "");
+  std::string path = TempFile("float _noisefast(float x) { return x; }\n\n");
+  LoadShaderHeader(path.c_str());
+  EXPECT_EQ(GetShaderHeader(), "float _noisefast(float x) { return x; }\n");
+  unlink(path.c_str());
+  LoadShaderHeader(missing.c_str());  // already loaded: kept
+  EXPECT_FALSE(GetShaderHeader().empty());
+  ResetShaderHeader();
+}
+
+TEST(FxMatrixSemantics, AllFourteenFeedTheRightMatrixInTheRightLayout) {
+  const float W[16] = {0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 2, 0, 1, 2, 3, 1};  // rotate, scale, translate
+  const float V[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 4, -5, 6, 1};
+  const float P[16] = {1.5f, 0, 0, 0, 0, 2, 0, 0, 0, 0, -1.02f, -1, 0, 0, -0.2f, 0};
+  float WV[16], VP[16], WVP[16], WI[16], WIT[16], VI[16];
+  FxMultiply(W, V, WV);
+  FxMultiply(V, P, VP);
+  FxMultiply(WV, P, WVP);
+  FxAffineInverse(W, WI);
+  FxTranspose(WI, WIT);
+  FxAffineInverse(V, VI);
+  struct Case {
+    const char *semantic;
+    const float *engine;
+    bool cf;
+  } cases[] = {{"WORLDVIEWPROJECTION", WVP, true}, {"WORLD", W, true},          {"WORLDINVERSETRANSPOSE", WIT, true},
+               {"VIEWINVERSE", VI, true},          {"VIEW", V, true},          {"PROJECTION", P, true},
+               {"WORLDVIEW", WV, true},            {"VIEWPROJECTION", VP, true}, {"WORLDTRANSPOSE", W, false},
+               {"VIEWTRANSPOSE", V, false},        {"PROJECTIONTRANSPOSE", P, false},
+               {"WORLDVIEWPROJECTIONTRANSPOSE", WVP, false}, {"WORLDVIEWTRANSPOSE", WV, false},
+               {"VIEWPROJECTIONTRANSPOSE", VP, false}};
+  const float v[4] = {0.5f, -1, 2, 1};
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.semantic);
+    CFxDiagnostics diag;
+    auto fx = CFxEffect::Create(std::string("float4x4 m : ") + c.semantic + "; technique T { pass {} }", "t", diag);
+    ASSERT_TRUE(fx) << diag.Listing();
+    CFxParameter &p = fx->Parameters()[0];
+    ASSERT_TRUE(SetMatrixParameter(p, W, V, P));
+    const std::vector<float> &M = p.Value();  // as the shader sees it, row by row
+    for (int i = 0; i < 4; ++i) {
+      // cf: the shader's mul(M, v) is the engine's v * E; rf: its mul(v, M) is.
+      float shader = 0, engine = 0;
+      for (int k = 0; k < 4; ++k) {
+        shader += c.cf ? M[i * 4 + k] * v[k] : v[k] * M[k * 4 + i];
+        engine += v[k] * c.engine[k * 4 + i];
+      }
+      EXPECT_NEAR(shader, engine, 1e-4f) << "component " << i;
+    }
+  }
+  // W * inverse(W) is the identity, so the inverse is right.
+  float I[16];
+  FxMultiply(W, WI, I);
+  for (int i = 0; i < 16; ++i) EXPECT_NEAR(I[i], i % 5 == 0 ? 1 : 0, 1e-5f);
+}
+
+TEST(FxMatrixSemantics, OtherSemanticsAndTypesAreLeftAlone) {
+  CFxDiagnostics diag;
+  auto fx = CFxEffect::Create(
+      "float4x4 a : WorldViewProjection; float4x4 b : CAMERA; float3x3 c : WORLD; float4 d : WORLD;"
+      "technique T { pass {} }",
+      "t", diag);
+  ASSERT_TRUE(fx) << diag.Listing();
+  const float I[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+  for (CFxParameter &p : fx->Parameters()) {
+    uint32_t serial = p.Serial();
+    EXPECT_FALSE(SetMatrixParameter(p, I, I, I)) << p.name;
+    EXPECT_EQ(p.Serial(), serial);
+  }
+}

@@ -1,0 +1,57 @@
+#include "FxTestSupport.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <dirent.h>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+std::string FxEffectsDir() {
+  const char *root = getenv("VELMOR_SOURCE_DIR");
+  if (root && *root) return std::string(root) + "/tests/fx/effects/";
+  std::string here = __FILE__;
+  return here.substr(0, here.rfind('/')) + "/effects/";
+}
+
+std::vector<std::string> FxCorpusFiles() {
+  std::vector<std::string> files;
+  std::string dir = FxEffectsDir();
+  if (DIR *d = opendir(dir.c_str())) {
+    while (dirent *e = readdir(d)) {
+      std::string name = e->d_name;
+      if (name.size() > 5 && name.compare(name.size() - 5, 5, ".cgfx") == 0) files.push_back(dir + name);
+    }
+    closedir(d);
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+std::string ReadText(const std::string &path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream s;
+  s << in.rdbuf();
+  return s.str();
+}
+
+std::string GlslangErrors(const std::string &glsl, bool fragment) {
+  char path[] = "/tmp/velmor-glsl-XXXXXX";
+  int fd = mkstemp(path);
+  if (fd < 0) return "cannot create a temporary file";
+  FILE *f = fdopen(fd, "w");
+  fputs(glsl.c_str(), f);
+  fclose(f);
+  std::string command = std::string("glslangValidator -S ") + (fragment ? "frag " : "vert ") + path + " 2>&1";
+  std::string output;
+  int status = -1;
+  if (FILE *p = popen(command.c_str(), "r")) {
+    char buf[512];
+    while (fgets(buf, sizeof buf, p)) output += buf;
+    status = pclose(p);
+  }
+  unlink(path);
+  if (status == 0) return "";
+  return output.empty() ? "glslangValidator did not run (package glslang-tools)" : output;
+}

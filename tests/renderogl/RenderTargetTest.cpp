@@ -1,0 +1,175 @@
+// Render targets from the pool: reuse without new GL objects, nesting, and
+// giving textures back. Also pictures of a window as PNG files.
+
+#include <FreeImage.h>
+
+#include <filesystem>
+#include <set>
+
+#include "GLTestSupport.h"
+#include "renderogl/Screenshot.h"
+#include "renderogl/TextureManager.h"
+#include "renderogl/TextureOGL.h"
+
+namespace {
+GLuint Name(CTexture *t) { return dynamic_cast<CTextureOGL *>(t)->m_Name; }
+GLint Integer(GLenum name) {
+  GLint v = 0;
+  glGetIntegerv(name, &v);
+  return v;
+}
+}  // namespace
+
+TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
+  VELMOR_REQUIRE_DISPLAY();
+  GLWindow gl(8, 8);
+  ASSERT_TRUE(gl.Ok()) << GetFirstError();
+  CRender &r = gl.render;
+  CTextureManager *pool = r.m_TextureManager;
+  ASSERT_NE(pool, nullptr);
+
+  CRenderTarget *a = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  CRenderTarget *b = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  ASSERT_NE(a, b);
+  ASSERT_NE(a->m_Color, nullptr);
+  ASSERT_NE(a->m_Depth, nullptr);
+  EXPECT_TRUE(a->m_Color->m_Flags & TEXF_Pooled);
+  EXPECT_EQ(a->m_Color->m_RenderTarget, a);
+  std::set<GLuint> framebuffers{a->m_Framebuffer, b->m_Framebuffer};
+  std::set<GLuint> textures{Name(a->m_Color), Name(b->m_Color)};
+  std::set<GLuint> buffers{a->m_Depth->m_Name, b->m_Depth->m_Name};
+  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), 0) << "creation leaves the window bound";
+
+  // Someone changed the filter while the texture was out.
+  glBindTexture(GL_TEXTURE_2D, Name(a->m_Color));
+  glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
+  glBindTexture(GL_TEXTURE_2D, 0);
+  CTexture *colorA = a->m_Color;
+  CTextureManager::ReleaseTexture(pool, r, colorA);
+  CTextureManager::ReleaseTexture(pool, r, b->m_Color);
+  CTextureManager::ReleaseTexture(pool, r, colorA);  // again: harmless
+  EXPECT_EQ(pool->m_FreeTargets.size(), 2u);
+  EXPECT_EQ(pool->m_FreeTextures.size(), 2u);
+  EXPECT_EQ(pool->m_FreeBuffers.size(), 2u);
+  EXPECT_TRUE(pool->m_UsedTargets.empty());
+
+  CRenderTarget *c = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  CRenderTarget *d = CTextureManager::CreateRenderTarget(pool, r, 32, 16, 0);
+  EXPECT_EQ((std::set<GLuint>{c->m_Framebuffer, d->m_Framebuffer}), framebuffers);
+  EXPECT_EQ((std::set<GLuint>{Name(c->m_Color), Name(d->m_Color)}), textures);
+  ASSERT_NE(c->m_Depth, nullptr);
+  EXPECT_TRUE(buffers.count(c->m_Depth->m_Name));
+  EXPECT_EQ(d->m_Depth, nullptr) << "a reused target keeps no depth buffer it was not asked for";
+  for (CRenderTarget *t : {c, d}) {
+    GLint minFilter = 0;
+    glBindTexture(GL_TEXTURE_2D, Name(t->m_Color));
+    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &minFilter);
+    EXPECT_EQ(minFilter, GL_LINEAR);
+  }
+  glBindTexture(GL_TEXTURE_2D, 0);
+
+  // A kept texture (flag cleared) stays attached through a release.
+  c->m_Color->m_Flags &= ~TEXF_Pooled;
+  CTexture *kept = c->m_Color;
+  CTextureManager::ReleaseTexture(pool, r, kept);
+  EXPECT_EQ(c->m_Color, kept);
+  EXPECT_EQ(kept->m_RenderTarget, c);
+  kept->m_Flags |= TEXF_Pooled;
+  CTextureManager::ReleaseTexture(pool, r, kept);
+  CTextureManager::ReleaseTexture(pool, r, d->m_Color);
+
+  // A texture made outside the pool is not the pool's to take.
+  CTexture *file = r.CreateTexture(4, 4, 0, TF_A8R8G8B8, TT_Normal);
+  CTextureManager::ReleaseTexture(pool, r, file);
+  EXPECT_EQ(pool->m_FreeTextures.size(), 2u);
+  file->Release();
+  delete file;
+  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
+  VELMOR_REQUIRE_DISPLAY();
+  GLWindow gl(20, 10);
+  ASSERT_TRUE(gl.Ok()) << GetFirstError();
+  CRender &r = gl.render;
+  CTextureManager *pool = r.m_TextureManager;
+  CRenderTarget *outer = CTextureManager::CreateRenderTarget(pool, r, 16, 16, DEPTH_Stencil);
+  CRenderTarget *inner = CTextureManager::CreateRenderTarget(pool, r, 8, 4, 0);
+  const float red[4] = {1, 0, 0, 1}, blue[4] = {0, 0, 1, 1};
+
+  outer->Begin(r);
+  EXPECT_TRUE(r.m_Flipped);
+  EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 16, 16}));
+  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
+  r.Clear(red, 1.0f, CLEAR_Color | CLEAR_Depth);
+  inner->Begin(r);
+  EXPECT_EQ(r.m_VirtualRect, (CRect{0, 0, 8, 4}));
+  GLint viewport[4];
+  glGetIntegerv(GL_VIEWPORT, viewport);
+  EXPECT_EQ(viewport[2], 8);
+  EXPECT_EQ(viewport[3], 4);
+  r.Clear(blue, 1.0f, CLEAR_Color);
+  inner->End(r);
+  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
+  glGetIntegerv(GL_VIEWPORT, viewport);
+  EXPECT_EQ(viewport[2], 16);
+  EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 16, 16}));
+  outer->End(r);
+  EXPECT_FALSE(r.m_Flipped);
+  EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 20, 10}));
+  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), 0);
+  glGetIntegerv(GL_VIEWPORT, viewport);
+  EXPECT_EQ(viewport[2], 20);
+  EXPECT_EQ(viewport[3], 10);
+
+  // What was drawn is in the color textures.
+  for (auto [target, rgb] : {std::pair{outer, 0x0000FFu}, std::pair{inner, 0xFF0000u}}) {
+    std::vector<uint32_t> texels(static_cast<size_t>(target->m_Width * target->m_Height));
+    glBindTexture(GL_TEXTURE_2D, Name(target->m_Color));
+    glGetTexImage(GL_TEXTURE_2D, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+    EXPECT_EQ(texels.front() & 0xFFFFFF, rgb);
+    EXPECT_EQ(texels.back() & 0xFFFFFF, rgb);
+  }
+  glBindTexture(GL_TEXTURE_2D, 0);
+  CTextureManager::ReleaseTexture(pool, r, outer->m_Color);
+  CTextureManager::ReleaseTexture(pool, r, inner->m_Color);
+  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+}
+
+TEST(Screenshot, PngOfAClearedWindowWithUniqueNames) {
+  VELMOR_REQUIRE_DISPLAY();
+  GLWindow gl(24, 12);
+  ASSERT_TRUE(gl.Ok()) << GetFirstError();
+  std::filesystem::path folder = std::filesystem::temp_directory_path() / "velmor-shot-test" / "sub";
+  std::filesystem::remove_all(folder.parent_path());
+  // Multiples of 1/255 convert to bytes without rounding.
+  const float color[4] = {51 / 255.0f, 102 / 255.0f, 153 / 255.0f, 1.0f};
+  std::vector<std::string> names;
+  gl.client.onRender = [&] { gl.render.Clear(color, 1.0f, CLEAR_Color | CLEAR_Depth); };
+  gl.client.onFrameFinished = [&] {};
+  gl.render.Render3DEnvironment(false);
+  // The picture is read from the back buffer, so draw again before each.
+  for (int i = 0; i < 2; ++i) {
+    gl.render.SwitchToRenderUnit(0);
+    gl.render.Clear(color, 1.0f, CLEAR_Color | CLEAR_Depth);
+    names.push_back(gl.render.Screenshot((folder / "shot.png").string()));
+  }
+  ASSERT_EQ(names.size(), 2u);
+  EXPECT_NE(names[0], names[1]);
+  EXPECT_EQ(names[0].substr(names[0].size() - 12), "-shot-01.png");
+  EXPECT_EQ(names[1].substr(names[1].size() - 12), "-shot-02.png");
+  FIBITMAP *image = FreeImage_Load(FIF_PNG, names[0].c_str(), 0);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(FreeImage_GetWidth(image), 24u);
+  EXPECT_EQ(FreeImage_GetHeight(image), 12u);
+  RGBQUAD px;
+  ASSERT_TRUE(FreeImage_GetPixelColor(image, 5, 5, &px));
+  EXPECT_EQ(px.rgbRed, 51);
+  EXPECT_EQ(px.rgbGreen, 102);
+  EXPECT_EQ(px.rgbBlue, 153);
+  FreeImage_Unload(image);
+  // Without a base name the file is the date and the count alone.
+  std::string bare = CScreenshot::UniqueFileName((folder / "").string());
+  EXPECT_EQ(bare.substr(bare.size() - 7), "_01.png");
+  std::filesystem::remove_all(folder.parent_path());
+}

@@ -1,0 +1,181 @@
+// Two monitors for real: RandR virtual monitors on the test's X server, one
+// full-screen window and render unit each, one wide picture across both.
+
+#include "GLTestSupport.h"
+#include "support/LogCapture.h"
+// After GoogleTest: Xlib defines None and Bool as macros.
+#include <X11/Xlib.h>
+#include <X11/extensions/Xrandr.h>
+
+#include <FreeImage.h>
+
+#include <filesystem>
+
+namespace {
+constexpr int kW = 64, kH = 48;
+
+// Two side-by-side monitors that exist while this object lives (the server
+// drops them when its connection closes). The first takes over the screen's
+// output, so the automatic monitor of that output goes away.
+class VirtualMonitors {
+ public:
+  VirtualMonitors() {
+    m_Display = XOpenDisplay(nullptr);
+    if (!m_Display) return;
+    Window root = DefaultRootWindow(m_Display);
+    XRRScreenResources *res = XRRGetScreenResourcesCurrent(m_Display, root);
+    Add("VELMOR-A", 0, res && res->noutput ? res->outputs[0] : 0, true);
+    Add("VELMOR-B", kW, 0, false);
+    if (res) XRRFreeScreenResources(res);
+    XSync(m_Display, False);
+  }
+  ~VirtualMonitors() {
+    if (!m_Display) return;
+    for (const char *name : {"VELMOR-A", "VELMOR-B"})
+      XRRDeleteMonitor(m_Display, DefaultRootWindow(m_Display), XInternAtom(m_Display, name, False));
+    XCloseDisplay(m_Display);
+  }
+  bool Ok() const { return m_Display != nullptr; }
+
+ private:
+  void Add(const char *name, int x, RROutput output, bool primary) {
+    XRRMonitorInfo *m = XRRAllocateMonitor(m_Display, output ? 1 : 0);
+    m->name = XInternAtom(m_Display, name, False);
+    m->primary = primary;
+    m->x = x;
+    m->y = 0;
+    m->width = kW;
+    m->height = kH;
+    m->mwidth = 100;
+    m->mheight = 75;
+    if (output) m->outputs[0] = output;
+    XRRSetMonitor(m_Display, DefaultRootWindow(m_Display), m);
+    XRRFreeMonitors(m);
+  }
+  Display *m_Display = nullptr;
+};
+
+// Red left of x = 0 and green right of it, far in front of the camera.
+void DrawHalves(CRender &r, GLuint program) {
+  const float black[4] = {0, 0, 0, 1};
+  r.Clear(black, 1.0f, CLEAR_Color | CLEAR_Depth);
+  r.SetTransform(TS_World, CMatrix::Identity());
+  r.SetCamera(CCamera());
+  CVertexBuffer *vb = r.CreateVertexBuffer(12, 0, VBF_PC);
+  auto *v = static_cast<VertexPC *>(vb->Lock());
+  const float xs[2][2] = {{-50, 0}, {0, 50}};
+  for (int half = 0; half < 2; ++half) {
+    uint32_t color = half ? 0xFF00FF00u : 0xFF0000FFu;
+    float x0 = xs[half][0], x1 = xs[half][1];
+    const VertexPC quad[6] = {{x0, -50, 10, color}, {x1, -50, 10, color}, {x1, 50, 10, color},
+                              {x0, -50, 10, color}, {x1, 50, 10, color},  {x0, 50, 10, color}};
+    std::copy(quad, quad + 6, v + half * 6);
+  }
+  vb->Unlock();
+  glUseProgram(program);
+  r.SetVertexBuffer(vb);
+  r.DrawPrimitive(PT_TriangleList, 0, 4);
+  glUseProgram(0);
+  vb->Release();
+}
+
+bool IsRed(const std::array<int, 3> &p) { return p[0] == 255 && p[1] == 0 && p[2] == 0; }
+bool IsGreen(const std::array<int, 3> &p) { return p[0] == 0 && p[1] == 255 && p[2] == 0; }
+}  // namespace
+
+class TwoMonitors : public testing::Test {
+ protected:
+  void SetUp() override {
+    VELMOR_REQUIRE_DISPLAY();
+    ASSERT_TRUE(monitors.Ok());
+    ASSERT_TRUE(render.Init());
+    ASSERT_EQ(render.m_MonitorCount, 2);
+  }
+  VirtualMonitors monitors;  // before the renderer: it must see them
+  CRenderOGL render;
+};
+
+TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
+  EXPECT_EQ(render.m_Monitors[0].m_DeviceName, "VELMOR-A");
+  EXPECT_EQ(render.m_Monitors[1].m_Rect, (CRect{kW, 0, 2 * kW, kH}));
+  ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
+  ASSERT_EQ(render.m_Windows.size(), 2u);
+  EXPECT_EQ(render.m_Windows[1].monitor, &render.m_Monitors[1]);
+  CRenderClientFunctions client;
+  render.SetClient(&client);
+  ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
+  PinGLDriver();
+  ASSERT_EQ(render.UnitCount(), 2);
+  EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, 2 * kW, kH}));
+
+  GLuint program = ColorProgram();
+  std::vector<std::vector<uint8_t>> seen;
+  client.onRender = [&] {
+    DrawHalves(render, program);
+    std::vector<uint8_t> bytes(static_cast<size_t>(((kW * 3 + 3) & ~3) * kH));
+    render.ReadPixels(bytes.data());
+    seen.push_back(bytes);
+  };
+  auto pixel = [&](int unit, int x) {
+    size_t at = static_cast<size_t>(((kW * 3 + 3) & ~3) * (kH / 2) + x * 3);
+    const auto &b = seen[static_cast<size_t>(unit)];
+    return std::array<int, 3>{b[at + 2], b[at + 1], b[at]};
+  };
+
+  render.Render3DEnvironment(false);
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_TRUE(IsRed(pixel(0, 8)) && IsRed(pixel(0, kW - 8))) << "the left monitor shows the left half";
+  EXPECT_TRUE(IsGreen(pixel(1, 8)) && IsGreen(pixel(1, kW - 8))) << "the right monitor shows the right half";
+
+  // The picture of the last frame puts each unit at its monitor's place.
+  std::filesystem::path folder = std::filesystem::temp_directory_path() / "velmor-two-monitors";
+  std::filesystem::remove_all(folder);
+  // Mesa's software GLX keeps a window's back buffer only while the context
+  // stays on it, so only the unit drawn last (the first the picture reads)
+  // can be checked by pixel here; the second part is checked by size.
+  render.SwitchToRenderUnit(0);
+  DrawHalves(render, program);
+  std::string name = render.Screenshot((folder / "wide.png").string());
+  FIBITMAP *image = FreeImage_Load(FIF_PNG, name.c_str(), 0);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(FreeImage_GetWidth(image), static_cast<unsigned>(2 * kW));
+  EXPECT_EQ(FreeImage_GetHeight(image), static_cast<unsigned>(kH));
+  RGBQUAD left, right;
+  FreeImage_GetPixelColor(image, 8, kH / 2, &left);
+  FreeImage_GetPixelColor(image, 2 * kW - 8, kH / 2, &right);
+  EXPECT_EQ(left.rgbRed, 255);
+  EXPECT_EQ(right.rgbRed, 0) << "the left unit's picture stays in its half";
+  FreeImage_Unload(image);
+  std::filesystem::remove_all(folder);
+
+  // With AllScreensSame each monitor shows the whole view.
+  render.m_AllScreensSame = true;
+  seen.clear();
+  render.Render3DEnvironment(false);
+  ASSERT_EQ(seen.size(), 2u);
+  for (int unit = 0; unit < 2; ++unit) {
+    EXPECT_TRUE(IsRed(pixel(unit, 8))) << unit;
+    EXPECT_TRUE(IsGreen(pixel(unit, kW - 8))) << unit;
+  }
+  glDeleteProgram(program);
+  render.Cleanup3DEnvironment();
+  render.DestroyScreen();
+}
+
+TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
+  render.m_Monitors[1].LeaveBlack = true;
+  render.m_Monitors[0].Width = 640;  // without BPP no mode is set
+  render.m_Monitors[0].Height = 480;
+  LogCapture log;
+  ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
+  ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
+  PinGLDriver();
+  EXPECT_EQ(render.UnitCount(), 1);
+  EXPECT_EQ(render.UnitOfWindow(1), -1);
+  EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, kW, kH}));
+  EXPECT_TRUE(render.IsRenderWindow(render.GetWindowHandle(0)));
+  EXPECT_FALSE(render.IsRenderWindow(render.GetWindowHandle(1)));
+  for (const std::string &line : log.lines) EXPECT_EQ(line.find("Changing display mode"), std::string::npos);
+  render.Cleanup3DEnvironment();
+  render.DestroyScreen();
+}
