@@ -2,11 +2,8 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
-class CPortFloat;
 class CPortInt;
 class CPortMesh;
-class CPortString;
 class CPortVector;
 
 // Copies of the mesh on its in-port, each further one moved, turned and

@@ -2,12 +2,8 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A cone without a base; rim normals are horizontal whatever the slope.
 class CConeNode : public CMeshNode {

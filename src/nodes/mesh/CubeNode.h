@@ -2,11 +2,7 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
 class CPortFloat;
-class CPortInt;
-class CPortMesh;
-class CPortString;
 class CPortVector;
 
 // A box of six quads with their own normals and texture corners.

@@ -5,9 +5,6 @@
 class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A tube of quads with separately scaled top and bottom rings, and optional caps.
 class CCylinderNode : public CMeshNode {

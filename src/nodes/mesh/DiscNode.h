@@ -2,12 +2,8 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A flat disc, or with an inner radius a ring that may stop part way round.
 class CDiscNode : public CMeshNode {

@@ -2,12 +2,8 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A grid of quads in z = 0 facing -z. A tessellation beyond what 16-bit
 // indices address is lowered, the larger side first.

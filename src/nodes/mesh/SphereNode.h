@@ -2,12 +2,8 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A sphere of rings from the +y pole down. Rings and segments beyond what
 // 16-bit indices address are lowered, the larger first.

@@ -5,9 +5,6 @@
 class CPortBool;
 class CPortFloat;
 class CPortInt;
-class CPortMesh;
-class CPortString;
-class CPortVector;
 
 // A tube around a closed curve, a circle or a (p, q) knot, as one triangle
 // strip; clumps swell the tube along the way. Subdivisions beyond what

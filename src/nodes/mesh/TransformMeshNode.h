@@ -2,11 +2,7 @@
 
 #include "nodes/mesh/MeshNode.h"
 
-class CPortBool;
-class CPortFloat;
-class CPortInt;
 class CPortMesh;
-class CPortString;
 class CPortVector;
 
 // Up to five meshes joined into one under a single transformation.

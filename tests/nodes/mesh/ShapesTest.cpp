@@ -222,27 +222,18 @@ TEST(MeshShapes, TorusIsOneStripAroundARoundTube) {
 
 TEST(MeshShapes, HugeTessellationsAreLoweredToWhat16BitIndicesAddress) {
   TestGraph g;
-  auto *plane = Make<CPlaneNode>(g);
-  SetInt(plane, "TesselateW", 100000);
-  SetInt(plane, "TesselateH", 100000);
-  ASSERT_TRUE(plane->CreateMesh(*plane));
-  EXPECT_LE(plane->m_Vertices.m_Num, MESH_MAX_VERTICES);
-  EXPECT_GT(plane->m_Vertices.m_Num, MESH_MAX_VERTICES - 2 * 256);
-  ExpectUploads(*plane);
-
-  auto *sphere = Make<CSphereNode>(g);
-  SetInt(sphere, "NumRings", 1000);
-  SetInt(sphere, "NumSegments", 1000);
-  ASSERT_TRUE(sphere->CreateMesh(*sphere));
-  EXPECT_LE(sphere->m_Vertices.m_Num, MESH_MAX_VERTICES);
-  ExpectUploads(*sphere);
-
-  auto *torus = Make<CTorusNode>(g);
-  SetInt(torus, "SubAxis", 1000);
-  SetInt(torus, "SubHeight", 1000);
-  ASSERT_TRUE(torus->CreateMesh(*torus));
-  EXPECT_LE(torus->m_Vertices.m_Num, MESH_MAX_VERTICES);
-  ExpectUploads(*torus);
+  // Each shape at the top of its ports' ranges on both counts.
+  auto fits = [](CMeshNode *shape, const char *a, const char *b, int most) {
+    SetInt(shape, a, most);
+    SetInt(shape, b, most);
+    ASSERT_TRUE(shape->CreateMesh(*shape));
+    EXPECT_LE(shape->m_Vertices.m_Num, MESH_MAX_VERTICES);
+    EXPECT_GT(shape->m_Vertices.m_Num, MESH_MAX_VERTICES - 2 * 256) << "lowered no further than needed";
+    ExpectUploads(*shape);
+  };
+  fits(Make<CPlaneNode>(g), "TesselateW", "TesselateH", 100000);
+  fits(Make<CSphereNode>(g), "NumRings", "NumSegments", 1000);
+  fits(Make<CTorusNode>(g), "SubAxis", "SubHeight", 1000);
 
   // Values over a connection aren't held to a port's range; the shapes
   // hold them there.
