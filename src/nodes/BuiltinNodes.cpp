@@ -3,6 +3,16 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/mesh/CloneMeshExpressionNode.h"
+#include "nodes/mesh/CloneMeshNode.h"
+#include "nodes/mesh/ConeNode.h"
+#include "nodes/mesh/CubeNode.h"
+#include "nodes/mesh/CylinderNode.h"
+#include "nodes/mesh/DiscNode.h"
+#include "nodes/mesh/PlaneNode.h"
+#include "nodes/mesh/SphereNode.h"
+#include "nodes/mesh/TorusNode.h"
+#include "nodes/mesh/TransformMeshNode.h"
 #include "nodes/render/ClearNode.h"
 #include "nodes/render/MeshObjectNode.h"
 #include "nodes/render/RenderObjectNode.h"
@@ -32,11 +42,21 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CMinMaxNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
     &CMeshObjectNode::CreateInfo,
+    &CCubeNode::CreateInfo,
+    &CCloneMeshNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
+    &CPlaneNode::CreateInfo,
     &CExpressionNode::CreateInfo,
+    &CSphereNode::CreateInfo,
+    &CCylinderNode::CreateInfo,
+    &CDiscNode::CreateInfo,
+    &CTorusNode::CreateInfo,
+    &CConeNode::CreateInfo,
     &CRotatorNode::CreateInfo,
+    &CCloneMeshExpressionNode::CreateInfo,
+    &CTransformMeshNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.

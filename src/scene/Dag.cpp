@@ -200,6 +200,9 @@ void CDag::InvalidateDevice(CRender *render) {
   for (CNode *n : m_Nodes) {
     n->InvalidateDevice(render);
     ForEachMeshPort(n->m_InPorts, [&](CPDMesh *mesh) { mesh->MeshInvalidateDevice(render); });
+    // Draw uploads every produced mesh, used or not: release them from the
+    // producer's side too (releasing twice is harmless).
+    ForEachMeshPort(n->m_OutPorts, [&](CPDMesh *mesh) { mesh->MeshInvalidateDevice(render); });
   }
 }
 

@@ -4,7 +4,7 @@
 
 #include "render/Camera.h"
 #include "render/Render.h"
-#include "scene/DeviceCheck.h"
+#include "render/DeviceCheck.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
@@ -49,12 +49,15 @@ bool CRenderRectNode::RestoreDevice(CRender *render) {
     dObjs->m_VertexBuffer->Release();
     dObjs->m_VertexBuffer = nullptr;
   }
-  if (!dObjs->m_VertexBuffer) DEVICE_CHECK(dObjs->m_VertexBuffer = render->CreateVertexBuffer(vertexCount, 0, VBF_PNTBTC));
+  if (!dObjs->m_VertexBuffer &&
+      DEVICE_FAILED(!(dObjs->m_VertexBuffer = render->CreateVertexBuffer(vertexCount, 0, VBF_PNTBTC))))
+    return false;
   if (dObjs->m_IndexBuffer && dObjs->m_IndexBuffer->m_Size < indexCount) {
     dObjs->m_IndexBuffer->Release();
     dObjs->m_IndexBuffer = nullptr;
   }
-  if (!dObjs->m_IndexBuffer) DEVICE_CHECK(dObjs->m_IndexBuffer = render->CreateIndexBuffer(indexCount, 0));
+  if (!dObjs->m_IndexBuffer && DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(indexCount, 0))))
+    return false;
 
   auto *v = static_cast<VertexPNTBTC *>(dObjs->m_VertexBuffer->Lock());
   float y = 0.5f;

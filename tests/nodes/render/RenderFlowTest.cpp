@@ -132,7 +132,7 @@ TEST_F(RenderFlow, FailedBufferCreationIsReportedAndDrawsNothing) {
   EXPECT_FALSE(rect->RestoreDevice(&failing));
   const std::string prefix =
       "FAILED : \"!(dObjs->m_VertexBuffer = render->CreateVertexBuffer(vertexCount, 0, VBF_PNTBTC))\" in "
-      "\"nodes/render/RenderRectNode\"(";
+      "\"nodes\\render\\RenderRectNode\"(";
   EXPECT_EQ(log.LastError().rfind(prefix, 0), 0u) << log.LastError();
 }
 

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <memory>
+
+#include "nodes/mesh/MeshNode.h"
+
+class CExprEvaluator;
+class CPortFloat;
+class CPortInt;
+class CPortMesh;
+class CPortString;
+
+// A grid of copies of the mesh on its in-port, each placed, turned and
+// scaled by the expression, which runs once per copy with the copy's 1-based
+// x, y and z. Copies beyond what 16-bit indices address are left out, in
+// grid order; strips are not cloned.
+class CCloneMeshExpressionNode : public CMeshNode {
+ public:
+  static CNodeInfo *CreateInfo();
+  CCloneMeshExpressionNode();
+  ~CCloneMeshExpressionNode() override;
+  bool Init() override;
+  bool CreateMesh(CPDMesh &mesh) override;
+
+  // The expression's variables, in the order they are registered.
+  enum Variable {
+    X, Y, Z, NumObjectsX, NumObjectsY, NumObjectsZ, In1, In2, In3, In4, In5,
+    PosX, PosY, PosZ, RotX, RotY, RotZ, ScaleX, ScaleY, ScaleZ, ColR, ColG, ColB, ColA,
+    VariableCount
+  };
+
+ private:
+  CPortInt *m_NumObjects[3] = {};
+  CPortFloat *m_In[5] = {};
+  CPortInt *m_RandomSeed = nullptr;
+  CPortString *m_Expression = nullptr;
+  CPortMesh *m_Mesh = nullptr;
+
+  std::unique_ptr<CExprEvaluator> m_Evaluator;
+  CPDMesh m_Source;  // the source's geometry, generated here each time
+  double m_Vars[VariableCount] = {};
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "nodes/mesh/MeshNode.h"
+
+class CPortFloat;
+class CPortVector;
+
+// A box of six quads with their own normals and texture corners.
+class CCubeNode : public CMeshNode {
+ public:
+  static CNodeInfo *CreateInfo();
+  bool Init() override;
+  bool CreateMesh(CPDMesh &mesh) override;
+
+ private:
+  CPortVector *m_Size = nullptr;
+  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
+};

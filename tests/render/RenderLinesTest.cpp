@@ -1,0 +1,115 @@
+// The line batch: chunking through the ring, what reaches the buffers, and
+// its device objects.
+#include "render/RenderLines.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "render/Color.h"
+#include "support/FailingRender.h"
+#include "support/LogCapture.h"
+
+namespace {
+const float kRed[4] = {1, 0, 0, 1};
+
+void AddLines(CRenderLines &lines, int n) {
+  for (int i = 0; i < n; ++i) lines.AddLine(i, 0, 0, i, 1, 0, kRed);
+}
+}  // namespace
+
+TEST(RenderLines, ChunksRotateThroughTheRingAndDrawEveryLine) {
+  CRecordRender render;
+  CRenderLines lines;
+  lines.SetSize(2500);
+  AddLines(lines, 2500);
+  ASSERT_TRUE(lines.RestoreDevice(&render));
+  EXPECT_EQ(render.Calls("CreateVertexBuffer"),
+            (std::vector<std::string>{"CreateVertexBuffer 2000 1 3 vb1", "CreateVertexBuffer 2000 1 3 vb2",
+                                      "CreateVertexBuffer 2000 1 3 vb3"}));
+
+  render.ClearCalls();
+  lines.Draw(&render);
+  ASSERT_EQ(render.m_Draws.size(), 3u);
+  const int primitives[] = {1000, 1000, 500};
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(render.m_Draws[i].type, PT_LineList);
+    EXPECT_EQ(render.m_Draws[i].primitives, primitives[i]);
+    EXPECT_EQ(render.m_Draws[i].vertexBuffer, i + 1);
+  }
+  EXPECT_EQ(lines.m_Ring, 0);  // three chunks: back where it stood
+  EXPECT_TRUE(render.m_Faults.empty());
+
+  // The last chunk holds lines 2000..2499, expanded with u 0 and 1.
+  const VertexPCT *v = render.VertexBuffer(3)->Vertices<VertexPCT>();
+  EXPECT_EQ(v[0].x, 2000.0f);
+  EXPECT_EQ(v[1].y, 1.0f);
+  EXPECT_EQ(v[999].x, 2499.0f);
+  EXPECT_EQ(v[0].u, 0.0f);
+  EXPECT_EQ(v[1].u, 1.0f);
+  EXPECT_EQ(v[0].v, 0.5f);
+  EXPECT_EQ(v[1].v, 0.5f);
+  EXPECT_EQ(v[0].color, 0xFF0000FFu);
+
+  // A frame of one chunk moves the ring on by one, and frames keep it.
+  lines.SetSize(10);
+  AddLines(lines, 10);
+  render.ClearCalls();
+  lines.Draw(&render);
+  lines.Draw(&render);
+  ASSERT_EQ(render.m_Draws.size(), 2u);
+  EXPECT_EQ(render.m_Draws[0].vertexBuffer, 1);
+  EXPECT_EQ(render.m_Draws[1].vertexBuffer, 2);
+  lines.InvalidateDevice(&render);
+}
+
+TEST(RenderLines, DrawCountSizeAndMissingBuffersLimitWhatIsDrawn) {
+  CRecordRender render;
+  CRenderLines lines;
+  lines.SetSize(5);
+  AddLines(lines, 8);  // three past the size are dropped
+  EXPECT_EQ(lines.Count(), 5);
+
+  lines.Draw(&render);  // no ring yet
+  EXPECT_TRUE(render.m_Draws.empty());
+
+  ASSERT_TRUE(lines.RestoreDevice(&render));
+  lines.SetDrawCount(3);
+  lines.Draw(&render);
+  lines.SetDrawCount(0);
+  lines.Draw(&render);
+  lines.SetDrawCount(-2);
+  lines.Draw(&render);
+  lines.SetDrawCount(99);
+  lines.Draw(&render);
+  ASSERT_EQ(render.m_Draws.size(), 4u);
+  EXPECT_EQ(render.m_Draws[0].primitives, 3);
+  EXPECT_EQ(render.m_Draws[1].primitives, 5);
+  EXPECT_EQ(render.m_Draws[2].primitives, 5);
+  EXPECT_EQ(render.m_Draws[3].primitives, 5);
+  lines.InvalidateDevice(&render);
+}
+
+TEST(RenderLines, RestoreInvalidateCyclesKeepOneRingAndFailuresAreReported) {
+  CRecordRender render;
+  CRenderLines lines;
+  lines.m_RenderBufferLines = 10;
+  ASSERT_TRUE(lines.RestoreDevice(&render));
+  ASSERT_TRUE(lines.RestoreDevice(&render));  // restoring again frees the first ring
+  for (int id = 1; id <= 3; ++id) EXPECT_EQ(render.VertexBuffer(id), nullptr);
+  for (int id = 4; id <= 6; ++id) ASSERT_NE(render.VertexBuffer(id), nullptr);
+  lines.InvalidateDevice(&render);
+  lines.InvalidateDevice(&render);
+  for (int id = 4; id <= 6; ++id) EXPECT_EQ(render.VertexBuffer(id), nullptr);
+
+  CFailingRender failing;
+  failing.m_VertexBuffersLeft = 1;
+  LogCapture log;
+  EXPECT_FALSE(lines.RestoreDevice(&failing));
+  EXPECT_THAT(log.LastError(),
+              testing::HasSubstr("FAILED : \"!(dObjs->m_VertexBuffer[i] = render->CreateVertexBuffer(2*m_RenderBufferLines, "
+                                 "VBF_DYNAMIC, VBF_PCT))\" in \"render\\RenderLines\"("));
+  lines.AddLine(0, 0, 0, 1, 1, 1, kRed);
+  lines.Draw(&failing);  // an incomplete ring draws nothing
+  EXPECT_TRUE(failing.m_Draws.empty());
+  lines.InvalidateDevice(&failing);
+}

@@ -1,0 +1,126 @@
+// The point batch: each primitive type's buffers, chunks and vertices.
+#include "render/RenderPoints.h"
+
+#include <gtest/gtest.h>
+
+#include <numbers>
+
+#include "render/RecordRender.h"
+
+namespace {
+void ExpectCorner(const VertexPCT &v, float x, float y, float z, float u, float tv) {
+  EXPECT_NEAR(v.x, x, 1e-6f);
+  EXPECT_NEAR(v.y, y, 1e-6f);
+  EXPECT_NEAR(v.z, z, 1e-6f);
+  EXPECT_EQ(v.u, u);
+  EXPECT_EQ(v.v, tv);
+}
+}  // namespace
+
+TEST(RenderPoints, PointsAndLinesAreCopiedInChunksWithoutIndices) {
+  CRecordRender render;
+  CRenderPoints points;
+  points.SetSize(2500, PRIM_Point);
+  for (int i = 0; i < 2500; ++i) points.Points()[i] = VertexPC{static_cast<float>(i), 0, 0, 0xFFu};
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  EXPECT_EQ(render.Calls("Create"),
+            (std::vector<std::string>{"CreateVertexBuffer 1000 1 2 vb1", "CreateVertexBuffer 1000 1 2 vb2",
+                                      "CreateVertexBuffer 1000 1 2 vb3"}));
+  render.ClearCalls();
+  points.Draw(&render);
+  EXPECT_EQ(render.Calls("Draw"), (std::vector<std::string>{"DrawPrimitive 1 0 1000", "DrawPrimitive 1 0 1000",
+                                                            "DrawPrimitive 1 0 500"}));
+  EXPECT_EQ(render.Calls("SetIndexBuffer"), (std::vector<std::string>{"SetIndexBuffer ib0"}));
+  EXPECT_EQ(render.VertexBuffer(3)->Vertices<VertexPC>()[499].x, 2499.0f);
+  EXPECT_EQ(points.m_Ring, 0);
+
+  // Lines: half as many per chunk, two vertices each.
+  points.SetSize(1200, PRIM_Line);
+  points.Lines()[1199].to.y = 7.0f;
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  render.ClearCalls();
+  points.Draw(&render);
+  EXPECT_EQ(render.Calls("Draw"), (std::vector<std::string>{"DrawPrimitive 2 0 500", "DrawPrimitive 2 0 500",
+                                                            "DrawPrimitive 2 0 200"}));
+  EXPECT_EQ(render.VertexBuffer(6)->Vertices<VertexPC>()[399].y, 7.0f);
+  EXPECT_TRUE(render.m_Faults.empty());
+  points.InvalidateDevice(&render);
+}
+
+TEST(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
+  CRecordRender render;
+  CRenderPoints points;
+  points.SetSize(700, PRIM_Texture);
+  points.Sprites()[0] = {1, 2, 3, 0x80FFFFFFu, 0.5f, 0.5f, 0.5f};
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  EXPECT_EQ(render.Calls("Create").back(), "CreateIndexBuffer 3600 0 ib1");
+  render.ClearCalls();
+  points.Draw(&render);
+  EXPECT_EQ(render.Calls("DrawIndexed"), (std::vector<std::string>{"DrawIndexedPrimitive 5 2400 3598",
+                                                                   "DrawIndexedPrimitive 5 400 598"}));
+  // Identity view: right is +x, up is +y.
+  const VertexPCT *v = render.VertexBuffer(1)->Vertices<VertexPCT>();
+  ExpectCorner(v[0], 0.5f, 1.5f, 3, 0, 0);
+  ExpectCorner(v[1], 1.5f, 1.5f, 3, 1, 0);
+  ExpectCorner(v[2], 0.5f, 2.5f, 3, 0, 1);
+  ExpectCorner(v[3], 1.5f, 2.5f, 3, 1, 1);
+  EXPECT_EQ(v[3].color, 0x80FFFFFFu);
+
+  // A view turned a quarter about z: right and up are the view's columns,
+  // (0, -1, 0) and (1, 0, 0), not its rows.
+  render.SetTransform(TS_View, RotationMatrix(0, 0, std::numbers::pi_v<float> / 2));
+  points.SetSize(1, PRIM_Texture);
+  points.Sprites()[0] = {0, 0, 0, 0, 1, 1, 1};
+  points.Draw(&render);
+  v = render.VertexBuffer(3)->Vertices<VertexPCT>();
+  ExpectCorner(v[0], -1, 1, 0, 0, 0);
+  ExpectCorner(v[1], -1, -1, 0, 1, 0);
+  ExpectCorner(v[2], 1, 1, 0, 0, 1);
+  ExpectCorner(v[3], 1, -1, 0, 1, 1);
+  EXPECT_TRUE(render.m_Faults.empty());
+  points.InvalidateDevice(&render);
+}
+
+TEST(RenderPoints, AxisTexturedPointsMakeThreeQuadsEach) {
+  CRecordRender render;
+  CRenderPoints points;
+  points.SetSize(250, PRIM_AxisTexture);
+  points.Sprites()[0] = {0, 0, 0, 0, 1, 2, 3};
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  render.ClearCalls();
+  points.Draw(&render);
+  // 600 quads a chunk is 200 points.
+  EXPECT_EQ(render.Calls("DrawIndexed"), (std::vector<std::string>{"DrawIndexedPrimitive 5 2400 3598",
+                                                                   "DrawIndexedPrimitive 5 600 898"}));
+  const VertexPCT *v = render.VertexBuffer(1)->Vertices<VertexPCT>();
+  ExpectCorner(v[0], -1, 2, 0, 0, 0);  // z fixed
+  ExpectCorner(v[3], 1, -2, 0, 1, 1);
+  ExpectCorner(v[4], -1, 0, 3, 0, 0);  // y fixed
+  ExpectCorner(v[7], 1, 0, -3, 1, 1);
+  ExpectCorner(v[8], 0, -2, 3, 0, 0);  // x fixed
+  ExpectCorner(v[11], 0, 2, -3, 1, 1);
+  EXPECT_TRUE(render.m_Faults.empty());
+  points.InvalidateDevice(&render);
+}
+
+TEST(RenderPoints, ObjectTypeAndStaleRingsDrawNothing) {
+  CRecordRender render;
+  CRenderPoints points;
+  points.SetSize(10, PRIM_Object);
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  EXPECT_TRUE(render.Calls("Create").empty());
+  points.Draw(&render);
+
+  // A type change without new device objects waits for them.
+  points.SetSize(10, PRIM_Point);
+  points.Draw(&render);
+  EXPECT_TRUE(render.m_Draws.empty());
+  ASSERT_TRUE(points.RestoreDevice(&render));
+  points.SetCount(4);
+  points.Draw(&render);
+  EXPECT_EQ(render.Calls("Draw"), (std::vector<std::string>{"DrawPrimitive 1 0 4"}));
+  points.SetSize(0, PRIM_Point);
+  points.Draw(&render);
+  EXPECT_EQ(render.m_Draws.size(), 1u);
+  points.InvalidateDevice(&render);
+}
