@@ -3,10 +3,12 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/effect/ShaderNode.h"
 #include "nodes/render/ClearNode.h"
 #include "nodes/render/MeshObjectNode.h"
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
+#include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
 #include "nodes/value/SinNode.h"
 #include "scene/NodeFactory.h"
@@ -20,7 +22,9 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CClearNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
     &CMeshObjectNode::CreateInfo,
+    &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CShaderNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.
