@@ -9,6 +9,7 @@
 #include "audio/SoundAnalyzer.h"
 #include "engine/EngineInterface.h"
 #include "engine/Velmor.h"
+#include "nodes/effect/FxNode.h"
 #include "render/Render.h"
 #include "render/Matrix.h"
 #include "scene/Serialize.h"
@@ -17,6 +18,7 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   auto engine = std::make_unique<CVelmor>();
   // The analysis smooths by the frame rate the host estimates.
   engine->m_UpdateSound = [] { g_Sound.UpdateSound(g_AppType ? g_AppType->m_Fps : 30.0f); };
+  engine->m_RegisterEffectNodes = [](CNodeFactory &factory) { CNEFx::AddNodesToFactory(factory); };
   engine->m_ConfigureSound = [](bool capture, int maxSilence) {
     g_Sound.m_CaptureSound = capture;
     g_Sound.m_MaxSilenceTime = maxSilence;

@@ -40,7 +40,10 @@ const FxEnumName kStencilFunc[] = {{"Never", 0x0200},  {"Less", 0x0201},   {"Equ
 const FxEnumName kStencilOp[] = {{"Keep", 0x1E00},     {"Zero", 0},          {"Replace", 0x1E01},
                                  {"Incr", 0x1E02},     {"Decr", 0x1E03},     {"Invert", 0x150A},
                                  {"IncrWrap", 0x8507}, {"DecrWrap", 0x8508}, {nullptr, 0}};
+// GL names, and Point of the other effect dialect, which composed Shader
+// texts use for their permutation samplers
 const FxEnumName kFilter[] = {{"Nearest", 0x2600},
+                              {"Point", 0x2600},
                               {"Linear", 0x2601},
                               {"NearestMipMapNearest", 0x2700},
                               {"LinearMipMapNearest", 0x2701},

@@ -3,6 +3,7 @@
 #include <memory>
 #include <vector>
 
+#include "nodes/effect/ShaderNode.h"
 #include "nodes/mesh/CloneMeshExpressionNode.h"
 #include "nodes/mesh/CloneMeshNode.h"
 #include "nodes/mesh/ConeNode.h"
@@ -17,6 +18,7 @@
 #include "nodes/render/MeshObjectNode.h"
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
+#include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
@@ -44,6 +46,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CMeshObjectNode::CreateInfo,
     &CCubeNode::CreateInfo,
     &CCloneMeshNode::CreateInfo,
+    &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
@@ -57,6 +60,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
+    &CShaderNode::CreateInfo,
 };
 
 // Built-in records live for the whole run, shared by every factory.

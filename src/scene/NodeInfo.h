@@ -12,7 +12,7 @@ class CNodeInfo {
  public:
   using Creator = CNode *(*)();
   CNodeInfo(int group, const char *typeName, Creator creator, const char *desc = "");
-  ~CNodeInfo();
+  virtual ~CNodeInfo();  // effect file types carry their file
   CNodeInfo(const CNodeInfo &) = delete;
   CNodeInfo &operator=(const CNodeInfo &) = delete;
 

@@ -1,0 +1,241 @@
+// Effect files as node types: which ports a file's parameters give, how the
+// folder is read, and what an instance feeds its effect in a frame.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "fx/FxManager.h"
+#include "nodes/effect/FxNode.h"
+#include "render/RecordRender.h"
+#include "render/RenderTypes.h"
+#include "scene/NodeFactory.h"
+#include "scene/PortPointers.h"
+#include "scene/PortValues.h"
+#include "support/LogCapture.h"
+#include "support/TempDir.h"
+
+namespace {
+const char kProgram[] = R"(
+float4x4 gWVP : WORLDVIEWPROJECTION;
+float4 VS(float3 p : POSITION) : POSITION { return mul(gWVP, float4(p, 1.0)); }
+float4 PS() : COLOR { return gTint * gGain; }
+technique T { pass p0 { VertexProgram = compile glslv VS(); FragmentProgram = compile glslf PS(); } }
+)";
+
+// An effect with one parameter of every kind a port is made for.
+const char kAllKinds[] = R"(
+string Info : VELMORINFO <string Description = "Every kind of port";> = "";
+float gTime : TIME;
+float gElapsed : ELAPSEDTIME;
+float gGain <string UIName = "Gain"; string UIDesc = "How bright"; float UIMin = 0.5; float UIMax = 4; float UIStep = 0.25;> = 2;
+float gPlain <string UIName = "Plain";>;
+float3 gDir <string UIName = "Dir"; float3 UIMin = {-1, -2, -3}; float UIStep = 0.5;> = {1, 2, 3};
+float4 gTint : DIFFUSE <string UIName = "Tint"; string UIDesc = "Color";> = {0.5, 0.25, 1, 1};
+int gCount <string UIName = "Count";> = 7;
+bool gFlag <string UIName = "Flag";> = false;
+texture gTex : DIFFUSE <string UIName = "Image";>;
+texture gLost <string UIName = "Lost";>;
+sampler2D gSampler = sampler_state { Texture = <gTex>; };
+)";
+
+struct EffectFiles : testing::Test {
+  EffectFiles() { manager.Init(nullptr); }
+  ~EffectFiles() override { manager.Free(); }
+  const CNodeInfo *Register(const std::string &name, const std::string &text) {
+    dir.Write("nodes/effect/" + name + ".cgfx", text);
+    CNEFx::AddNodesToFactory(*factory, (dir / "nodes/effect").c_str());
+    return factory->FindType(name.c_str());
+  }
+  CNodeFactoryRef factory;
+  TempDir dir;
+  CFxManager manager;
+  LogCapture log;
+};
+
+std::vector<std::string> PortNames(const std::vector<CPort *> &ports) {
+  std::vector<std::string> names;
+  for (const CPort *p : ports) names.push_back(p->m_Name);
+  return names;
+}
+}  // namespace
+
+TEST_F(EffectFiles, ParametersBecomePortsAfterTheCommonOnes) {
+  const CNodeInfo *info = Register("AllKinds", std::string(kAllKinds) + kProgram);
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->m_Desc, "Every kind of port");
+  EXPECT_EQ(info->m_Group, 5);
+  EXPECT_FALSE(info->m_BuiltIn);
+  EXPECT_EQ(PortNames(info->m_OutPorts), std::vector<std::string>{"Effect"});
+  // Time parameters are fed by the node; a texture without semantic is refused.
+  EXPECT_EQ(PortNames(info->m_InPorts),
+            (std::vector<std::string>{"DepthTest", "DepthWrite", "AALine", "AlphaBlend", "SrcBlend", "DstBlend",
+                                      "CullMode", "Gain", "Plain", "Dir", "Tint", "Count", "Flag", "Image"}));
+  EXPECT_TRUE(log.Has("Effect: \"" + (dir / "nodes/effect/AllKinds.cgfx") + "\" Param: \"gLost\" is missing semantics"));
+
+  auto *gain = dynamic_cast<CPortFloat *>(info->m_InPorts[7]);
+  ASSERT_TRUE(gain);
+  EXPECT_EQ(gain->m_Desc, "How bright");
+  EXPECT_FLOAT_EQ(gain->m_Value, 2);
+  EXPECT_FLOAT_EQ(gain->m_Min, 0.5f);
+  EXPECT_FLOAT_EQ(gain->m_Max, 4);
+  EXPECT_FLOAT_EQ(gain->m_Step, 0.25f);
+  auto *plain = dynamic_cast<CPortFloat *>(info->m_InPorts[8]);
+  ASSERT_TRUE(plain);
+  EXPECT_EQ(plain->GetText(), "0");
+  EXPECT_FLOAT_EQ(plain->m_Min, 0);
+  EXPECT_FLOAT_EQ(plain->m_Max, 1);
+  EXPECT_FLOAT_EQ(plain->m_Step, 0.01f);
+  auto *dirPort = dynamic_cast<CPortVector *>(info->m_InPorts[9]);
+  ASSERT_TRUE(dirPort);
+  EXPECT_EQ(dirPort->GetText(), "1 2 3");
+  EXPECT_FLOAT_EQ(dirPort->m_Min.z, -3);
+  EXPECT_FLOAT_EQ(dirPort->m_Max.x, 10000);
+  EXPECT_FLOAT_EQ(dirPort->m_Step.y, 0.5f);  // one value for every axis
+  auto *tint = dynamic_cast<CPortColor *>(info->m_InPorts[10]);
+  ASSERT_TRUE(tint);
+  EXPECT_FLOAT_EQ(tint->m_Value.g, 0.25f);
+  // Int and Bool ports ignore the file's value.
+  auto *count = dynamic_cast<CPortInt *>(info->m_InPorts[11]);
+  ASSERT_TRUE(count);
+  EXPECT_EQ(count->m_Value, 0);
+  EXPECT_EQ(count->m_Min, -10000);
+  auto *flag = dynamic_cast<CPortBool *>(info->m_InPorts[12]);
+  ASSERT_TRUE(flag);
+  EXPECT_TRUE(flag->m_Value);
+  EXPECT_TRUE(dynamic_cast<CPortTexture *>(info->m_InPorts[13]));
+}
+
+TEST_F(EffectFiles, CommonPortsCarryTheRendererValueLists) {
+  const CNodeInfo *info = Register("Plain", "float4 gTint = 1; float gGain = 1;" + std::string(kProgram));
+  ASSERT_TRUE(info);
+  EXPECT_EQ(info->m_Desc, "A simple effect");
+  auto *src = dynamic_cast<CPortInt *>(info->m_InPorts[4]);
+  auto *cull = dynamic_cast<CPortInt *>(info->m_InPorts[6]);
+  ASSERT_TRUE(src && cull);
+  EXPECT_EQ(src->m_Value, 6);
+  EXPECT_EQ(src->m_Max, 11);
+  EXPECT_EQ(src->m_Values->at(0), "Zero");
+  EXPECT_EQ(src->m_Values->at(10), "Src alpha sat");
+  EXPECT_EQ(cull->m_Value, 2);
+  EXPECT_EQ(cull->m_Values->at(2), "Counter clockwise");
+  // Unnamed parameters still get (nameless) ports.
+  EXPECT_EQ(info->m_InPorts.size(), 9u);
+  EXPECT_EQ(info->m_InPorts[7]->m_Name, "");
+}
+
+TEST_F(EffectFiles, TheFolderIsReadInNameOrderAndBrokenFilesAreSkipped) {
+  std::string body = "float4 gTint = 1; float gGain = 1;" + std::string(kProgram);
+  dir.Write("nodes/effect/Zebra.cgfx", body);
+  dir.Write("nodes/effect/Apple.cgfx", body);
+  dir.Write("nodes/effect/Broken.cgfx", "float4 oops(");
+  dir.Write("nodes/effect/.Hidden.cgfx", body);
+  dir.Write("nodes/effect/Notes.txt", body);
+  size_t before = factory->Types().size();
+  CNEFx::AddNodesToFactory(*factory, (dir / "nodes/effect").c_str());
+  std::vector<std::string> added;
+  for (size_t i = before; i < factory->Types().size(); ++i) added.push_back(factory->Types()[i]->m_TypeName);
+  EXPECT_EQ(added, (std::vector<std::string>{"Apple", "Zebra"}));
+  EXPECT_TRUE(log.Has("Loading effect \"" + (dir / "nodes/effect/Broken.cgfx") + "\"..."));
+  EXPECT_TRUE(log.Has("Failed to load effect. Skipping it"));
+  // A missing folder adds nothing and is no failure.
+  CNEFx::AddNodesToFactory(*factory, (dir / "nowhere").c_str());
+  EXPECT_EQ(factory->Types().size(), before + 2);
+}
+
+// One instance in a frame, against the GL-free effect manager.
+struct EffectInstance : EffectFiles {
+  void SetUp() override {
+    ASSERT_TRUE(Register("AllKinds", std::string(kAllKinds) + kProgram));
+    node.reset(static_cast<CNEFx *>(factory->CreateNode("AllKinds")));
+    render.m_FxManager = &manager;
+    node->m_Render = &render;
+    frame.Time = 12.5f;
+    frame.DeltaTime = 0.25f;
+  }
+  void TearDown() override {
+    if (node) node->InvalidateDevice(&render);
+  }
+  void Update() {
+    node->m_Updated = false;
+    node->Update(frame.Time, &frame);
+  }
+  const std::vector<float> &Value(const char *parameter) {
+    return node->GetFx()->GetNamedParameter(parameter)->Value();
+  }
+  CRecordRender render{64, 64};
+  FrameInfo frame;
+  std::unique_ptr<CNEFx> node;
+};
+
+TEST_F(EffectInstance, RestoreLoadsTheTypesFileAndAWhiteNullTexture) {
+  ASSERT_TRUE(node->RestoreDevice(&render));
+  ASSERT_TRUE(node->GetFx());
+  CRecordTexture *white = render.Texture(1);
+  ASSERT_TRUE(white);
+  EXPECT_EQ(white->m_Width, 1);
+  EXPECT_EQ(white->m_Pixels.at(0), 0xFFFFFFFFu);
+  node->InvalidateDevice(&render);
+  EXPECT_FALSE(node->GetFx());
+  EXPECT_FALSE(render.Texture(1));
+}
+
+TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
+  ASSERT_TRUE(node->RestoreDevice(&render));
+  node->FindInPort("Gain")->SetText("3");
+  node->FindInPort("Dir")->SetText("0.5 0 -1");
+  node->FindInPort("Tint")->SetText("0.5 1 1 0.5");
+  node->FindInPort("Count")->SetText("4");
+  node->FindInPort("Flag")->SetText("false");
+  Update();
+  auto *out = node->OutPort<CPortEffect>("Effect");
+  EXPECT_EQ(out->m_Value, node.get());
+
+  PassHandle pass = node->Begin();
+  ASSERT_TRUE(pass);
+  EXPECT_EQ(Value("gTime"), std::vector<float>{12.5f});
+  EXPECT_EQ(Value("gElapsed"), std::vector<float>{0.25f});
+  node->BeginPass(pass);
+  EXPECT_EQ(Value("gGain"), std::vector<float>{3});
+  EXPECT_EQ(Value("gDir"), (std::vector<float>{0.5f, 0, -1}));
+  EXPECT_EQ(Value("gCount"), std::vector<float>{4});
+  EXPECT_EQ(Value("gFlag"), std::vector<float>{0});
+  // The DIFFUSE color is the port's times the drawn item's.
+  const float item[4] = {0.5f, 0.5f, 1, 1};
+  node->SetColor(item);
+  CMatrix world;
+  world.m[12] = 7;
+  node->SetMatrix(0, world);
+  node->Commit();
+  EXPECT_EQ(Value("gTint"), (std::vector<float>{0.25f, 0.5f, 1, 0.5f}));
+  EXPECT_FLOAT_EQ(node->GetFx()->m_World[12], 7);
+  EXPECT_EQ(node->NextPass(pass), nullptr);
+  node->EndPass(pass);
+  node->End();
+}
+
+TEST_F(EffectInstance, BeginAppliesTheStatePorts) {
+  ASSERT_TRUE(node->RestoreDevice(&render));
+  node->FindInPort("DepthWrite")->SetText("false");
+  node->FindInPort("SrcBlend")->SetText("1");
+  node->FindInPort("DstBlend")->SetText("1");
+  node->FindInPort("CullMode")->SetText("0");
+  Update();
+  ASSERT_TRUE(node->Begin());
+  EXPECT_EQ(render.m_States[RS_DepthTest], 1);
+  EXPECT_EQ(render.m_States[RS_DepthWrite], 0);
+  EXPECT_EQ(render.m_States[RS_AlphaTest], 0);
+  // Alpha blending off resets the factors, then the ports set them.
+  EXPECT_EQ(render.m_States[RS_SrcBlend], BLEND_One);
+  EXPECT_EQ(render.m_States[RS_DstBlend], BLEND_One);
+  EXPECT_EQ(render.m_States[RS_CullMode], CULL_None);
+  node->FindInPort("AlphaBlend")->SetText("true");
+  Update();
+  node->Begin();
+  EXPECT_EQ(render.m_States[RS_AlphaTest], 1);
+}
+
+TEST_F(EffectInstance, WithoutADeviceEffectNothingIsDrawn) {
+  EXPECT_EQ(node->Begin(), nullptr);
+  render.m_FxManager = nullptr;
+  EXPECT_FALSE(node->RestoreDevice(&render));
+}
