@@ -41,6 +41,7 @@ const FxEnumName kStencilOp[] = {{"Keep", 0x1E00},     {"Zero", 0},          {"R
                                  {"Incr", 0x1E02},     {"Decr", 0x1E03},     {"Invert", 0x150A},
                                  {"IncrWrap", 0x8507}, {"DecrWrap", 0x8508}, {nullptr, 0}};
 const FxEnumName kFilter[] = {{"Nearest", 0x2600},
+                              {"Point", 0x2600},
                               {"Linear", 0x2601},
                               {"NearestMipMapNearest", 0x2700},
                               {"LinearMipMapNearest", 0x2701},
