@@ -2,6 +2,7 @@
 #include "core/Log.h"
 #include "fx/FxEffect.h"
 #include "fx/FxListing.h"
+#include "fx/FxManager.h"
 #include "fx/FxText.h"
 #include "renderogl/RenderOGL.h"
 #include "tool/ToolCommand.h"
