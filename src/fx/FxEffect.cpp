@@ -182,6 +182,13 @@ bool CFxEffect::TranslatePass(const CFxPass &pass, CFxPassProgram &out, CFxDiagn
   return ok;
 }
 
+void CFxEffect::Error(FxLocation at, const std::string &message, CFxDiagnostics &diag) const {
+  CFxDiagnostics local;
+  local.AdoptFiles(m_Files);
+  local.Error(at, message);
+  diag.Append(local);
+}
+
 bool CFxEffect::Translate(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag) {
   CFxChecker checker(m_Unit, diag);
   const FxFunction *entries[2] = {nullptr, nullptr};

@@ -100,6 +100,8 @@ class CFxEffect {
   bool TranslatePass(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag);
   // Whether every pass translates: validation without a GL context.
   bool TranslateTechnique(const CFxTechnique &technique, CFxDiagnostics &diag);
+  // Adds an error at `at` of this effect's text (e.g. the driver's log).
+  void Error(FxLocation at, const std::string &message, CFxDiagnostics &diag) const;
 
  private:
   CFxEffect() = default;

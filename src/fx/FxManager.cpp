@@ -2,7 +2,9 @@
 
 #include "core/Clock.h"
 #include "core/Log.h"
+#include "fx/FxMatrixSemantics.h"
 #include "fx/FxText.h"
+#include "render/Render.h"
 
 
 namespace {
@@ -84,9 +86,19 @@ bool CFxManager::ValidateTechnique(CFx &fx, const CFxTechnique &technique) {
   return false;
 }
 
+bool CFxManager::SetPassState(CFx &, const CFxPass &) { return true; }
+
+void CFxManager::ResetPassState(CFx &, const CFxPass &) {}
+
+void CFxManager::CommitChanges(CFx &) {}
+
+uint32_t CFxManager::TextureName(CTexture *) { return 0; }
+
 CFx::~CFx() = default;
 
 bool CFx::Create(const std::string &text, const std::string &fileName, const std::string &folder) {
+  m_Device.reset();
+  m_CurrentPass = nullptr;
   m_Effect.reset();
   CFxDiagnostics diag;
   m_Effect = CFxEffect::Create(text, fileName, diag, FxFolderIncludes(folder));
@@ -97,6 +109,7 @@ bool CFx::Create(const std::string &text, const std::string &fileName, const std
 bool CFx::Load(const char *path) {
   std::string text, p = path;
   if (!ReadFxFile(p, text)) {
+    m_Device.reset();
     m_Effect.reset();
     m_Manager->RaiseError(FX_FILE_READ_ERROR, "");
     return false;
@@ -124,3 +137,52 @@ const CFxTechnique *CFx::GetNamedTechnique(const char *name) const {
 }
 
 CFxParameter *CFx::GetNamedParameter(const char *name) { return m_Effect ? m_Effect->FindParameter(name) : nullptr; }
+
+FxPassRecord *CFx::Begin(FxTechniqueRecord *technique) {
+  if (!technique || technique->fx != this || technique->technique->passes.empty()) return nullptr;
+  technique->pass.pass = &technique->technique->passes.front();
+  return &technique->pass;
+}
+
+FxPassRecord *CFx::NextPass(FxPassRecord *pass) {
+  if (!pass || !pass->pass || !pass->technique) return nullptr;
+  const std::vector<CFxPass> &passes = pass->technique->technique->passes;
+  size_t next = static_cast<size_t>(pass->pass - passes.data()) + 1;
+  if (next >= passes.size()) return nullptr;
+  pass->pass = &passes[next];
+  return pass;
+}
+
+bool CFx::BeginPass(FxPassRecord *pass) {
+  if (!m_Effect || !pass || !pass->pass) return false;
+  if (m_CurrentPass) m_Manager->ResetPassState(*this, *m_CurrentPass);
+  m_CurrentPass = pass->pass;
+  return m_Manager->SetPassState(*this, *pass->pass);
+}
+
+void CFx::EndPass(FxPassRecord *pass) {
+  if (!pass || !pass->pass || m_CurrentPass != pass->pass) return;
+  m_Manager->ResetPassState(*this, *pass->pass);
+  m_CurrentPass = nullptr;
+}
+
+void CFx::End() {
+  if (m_CurrentPass) m_Manager->ResetPassState(*this, *m_CurrentPass);
+  m_CurrentPass = nullptr;
+}
+
+void CFx::CommitChanges() {
+  if (m_Effect && m_CurrentPass) m_Manager->CommitChanges(*this);
+}
+
+bool CFx::SetMatrixParameter(CFxParameter &parameter) {
+  static const CMatrix kIdentity;
+  CRender *render = m_Manager->m_Render;
+  const float *view = render ? render->GetCamera()->m_View.m : kIdentity.m;
+  const float *proj = render ? render->m_Projection.m : kIdentity.m;
+  return ::SetMatrixParameter(parameter, m_World, view, proj);
+}
+
+void CFx::SetupSampler(CFxParameter &sampler, CTexture *texture) {
+  sampler.SetTexture(texture ? m_Manager->TextureName(texture) : 0);
+}

@@ -1,18 +1,29 @@
 #pragma once
 // CFxManager creates effects and reports compiler errors; CFx is one loaded
 // effect with its own world matrix. This half needs no GL: a technique is
-// valid when every pass translates. CFxManagerOGL (with the GL back end)
-// overrides ValidateTechnique to compile and link on the current context and
-// applies passes.
+// valid when every pass translates, and passes apply nothing.
+// CFxManagerOGL (renderogl) overrides the device operations: it compiles and
+// links on the current context, applies pass states and uploads values.
+//
+// Drawing with an effect:
+//   FxTechniqueRecord *t = fx->GetBestTechnique();    // once, after loading
+//   for (FxPassRecord *p = fx->Begin(t); p; p = fx->NextPass(p)) {
+//     fx->BeginPass(p);                                // program and states
+//     per item: set values, fx->m_World, fx->CommitChanges(); draw
+//     fx->EndPass(p);                                  // states back
+//   }
 
 #include "fx/FxEffect.h"
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 class CRender;
+class CTexture;
 class CFx;
 struct FxTechniqueRecord;
+struct FxPassRecord;
 
 // Error codes reported through the handler, with their texts.
 enum EFxError : long { FX_NO_ERROR = 0, FX_COMPILER_ERROR = 1, FX_FILE_READ_ERROR = 2, FX_INVALID_EFFECT = 3 };
@@ -35,6 +46,13 @@ class CFxManager {
 
   // Whether the technique can be used; here: whether it translates.
   virtual bool ValidateTechnique(CFx &fx, const CFxTechnique &technique);
+  // Device work of a pass; nothing without a device.
+  virtual bool SetPassState(CFx &fx, const CFxPass &pass);
+  virtual void ResetPassState(CFx &fx, const CFxPass &pass);
+  // Sends the values and textures that changed since the pass was applied.
+  virtual void CommitChanges(CFx &fx);
+  // The device's name for a texture (a GL texture name); 0 for none.
+  virtual uint32_t TextureName(CTexture *texture);
 
   // The last error, cleared by reading it.
   long GetError();
@@ -61,6 +79,12 @@ struct FxTechniqueRecord {
   FxPassRecord pass;
 };
 
+// What a device keeps per effect (linked programs, uploaded values).
+class CFxDeviceData {
+ public:
+  virtual ~CFxDeviceData() = default;
+};
+
 class CFx {
  public:
   ~CFx();
@@ -72,6 +96,27 @@ class CFx {
   CFxParameter *GetNamedParameter(const char *name);
   CFxEffect *Effect() { return m_Effect.get(); }
 
+  // The pass loop. Begin gives the technique's first pass (null when it has
+  // none), NextPass the one after `pass` or null; both reuse the record
+  // embedded in the technique record.
+  FxPassRecord *Begin(FxTechniqueRecord *technique);
+  FxPassRecord *NextPass(FxPassRecord *pass);
+  // Applies the pass: program, states, values and textures. False when the
+  // pass cannot be drawn (the draw should be skipped).
+  bool BeginPass(FxPassRecord *pass);
+  // Puts the states the pass set back to GL's defaults.
+  void EndPass(FxPassRecord *pass);
+  void End();
+  void CommitChanges();
+
+  // Feeds a float4x4 parameter the matrix its semantic names, from
+  // m_World, the render object's camera view and its projection; any other
+  // parameter is left alone.
+  bool SetMatrixParameter(CFxParameter &parameter);
+  // Binds a texture to a sampler parameter (null unbinds); the sampler's
+  // own states apply when the pass is drawn.
+  void SetupSampler(CFxParameter &sampler, CTexture *texture);
+
   float m_World[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   CFxManager *m_Manager;
 
@@ -81,4 +126,10 @@ class CFx {
   bool Create(const std::string &text, const std::string &fileName, const std::string &folder);
 
   std::unique_ptr<CFxEffect> m_Effect;
+  const CFxPass *m_CurrentPass = nullptr;  // between BeginPass and EndPass
+
+ public:
+  const CFxPass *CurrentPass() const { return m_CurrentPass; }
+  // The device's record of this effect; it goes with the effect.
+  std::unique_ptr<CFxDeviceData> m_Device;
 };

@@ -217,7 +217,7 @@ void CFxParser::Declarator(FxVar &v, bool allowInit) {
   if (Accept("[")) {
     const FxToken &n = Next();
     if (n.kind != EFxTok::Int || std::stol(n.text, nullptr, 0) <= 0 || std::stol(n.text, nullptr, 0) > 4096)
-      Fail("array size must be a positive whole number");
+      Fail("array size must be a whole number from 1 to 4096");
     v.type.arraySize = static_cast<int>(std::stol(n.text, nullptr, 0));
     Expect("]");
   }

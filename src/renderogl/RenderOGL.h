@@ -30,6 +30,10 @@ class CRenderOGL : public CRenderOGLBase {
 
  protected:
   void ResetDeviceState() override;
+  // The effect manager (CFxManagerOGL) and the noise textures effects sample.
+  bool InitEffects() override;
+  void FreeEffects() override;
+  void CreateDeviceTextures() override;
 
  private:
   bool BindAttributes();

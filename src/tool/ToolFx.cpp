@@ -2,13 +2,43 @@
 #include "core/Log.h"
 #include "fx/FxEffect.h"
 #include "fx/FxListing.h"
+#include "fx/FxManager.h"
 #include "fx/FxText.h"
+#include "renderogl/RenderOGL.h"
 #include "tool/ToolCommand.h"
 
 #include <cstdio>
 #include <cstring>
 
 namespace {
+// Compiles and links every technique on the GL of the X display; the
+// driver's log reaches stderr through the effect error handler.
+int Validate(const char *path) {
+  CRenderOGL render;
+  if (!render.Init() || !render.CreateScreen(3, 0, false) || !render.Initialize3DEnvironment(3) || render.m_Failed ||
+      !render.m_FxManager) {
+    fprintf(stderr, "fx: no usable OpenGL for --validate: %s\n", GetFirstError());
+    render.DestroyScreen();
+    return 3;
+  }
+  SetLogEcho(true);
+  int result = 0;
+  if (CFx *fx = render.m_FxManager->LoadEffect(path)) {
+    for (const CFxTechnique &t : fx->Effect()->Techniques()) {
+      bool ok = render.m_FxManager->ValidateTechnique(*fx, t);
+      printf("technique %s: %s\n", t.name.c_str(), ok ? "links" : "does not link");
+      if (!ok) result = 1;
+    }
+    delete fx;
+  } else {
+    result = 1;
+  }
+  SetLogEcho(false);
+  render.Cleanup3DEnvironment();
+  render.DestroyScreen();
+  return result;
+}
+
 int RunFx(int argc, char **argv) {
   const char *path = nullptr;
   bool glsl = false, validate = false;
@@ -52,12 +82,12 @@ int RunFx(int argc, char **argv) {
       }
   }
   if (validate) {
-    fprintf(stderr, "fx: GL validation is not available yet\n");
-    return 3;
+    int linked = Validate(path);
+    if (linked) return linked;
   }
   return result;
 }
 }  // namespace
 
 VELMOR_TOOL_COMMAND(fx, "fx", 5, "FILE.cgfx [--glsl] [--validate]",
-                    "list an effect's techniques, passes and parameters; --glsl prints each pass's GLSL", RunFx);
+                    "list an effect's techniques, passes and parameters; --glsl prints each pass's GLSL; --validate links each technique on GL", RunFx);

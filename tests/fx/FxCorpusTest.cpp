@@ -15,12 +15,6 @@ std::unique_ptr<CFxEffect> Load(const std::string &path, CFxDiagnostics &diag) {
   std::string dir = FxEffectsDir();
   return CFxEffect::Create(ReadText(path), path.substr(dir.size()), diag, FxFolderIncludes(dir));
 }
-
-bool ExpectInvalid(const CFxTechnique &t) {
-  for (const CFxAnnotationValue &a : t.annotations)
-    if (a.name == "ExpectInvalid") return !a.values.empty() && a.values[0] != 0;
-  return false;
-}
 }  // namespace
 
 TEST(FxCorpus, ValidatorIsInstalled) {

@@ -14,23 +14,6 @@
 #include <unistd.h>
 
 namespace {
-class LogCapture {
- public:
-  LogCapture() {
-    ResetLog();
-    ResetFxErrorHandler();
-    SetLogSink([](const char *text, bool isError, void *user) {
-      if (isError) static_cast<std::vector<std::string> *>(user)->push_back(text);
-    }, &errors);
-  }
-  ~LogCapture() {
-    SetLogSink(nullptr, nullptr);
-    ResetFxErrorHandler();
-    ResetLog();
-  }
-  std::vector<std::string> errors;
-};
-
 std::string TempFile(const std::string &content) {
   char path[] = "/tmp/velmor-fx-XXXXXX";
   int fd = mkstemp(path);

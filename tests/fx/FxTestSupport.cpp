@@ -1,4 +1,6 @@
 #include "FxTestSupport.h"
+#include "core/Log.h"
+#include "fx/FxManager.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -54,4 +56,30 @@ std::string GlslangErrors(const std::string &glsl, bool fragment) {
   unlink(path);
   if (status == 0) return "";
   return output.empty() ? "glslangValidator did not run (package glslang-tools)" : output;
+}
+
+bool ExpectInvalid(const CFxTechnique &t) {
+  for (const CFxAnnotationValue &a : t.annotations)
+    if (a.name == "ExpectInvalid") return !a.values.empty() && a.values[0] != 0;
+  return false;
+}
+
+LogCapture::LogCapture() {
+  ResetLog();
+  ResetFxErrorHandler();
+  SetLogSink([](const char *text, bool isError, void *user) {
+    if (isError) static_cast<std::vector<std::string> *>(user)->push_back(text);
+  }, &errors);
+}
+
+LogCapture::~LogCapture() {
+  SetLogSink(nullptr, nullptr);
+  ResetFxErrorHandler();
+  ResetLog();
+}
+
+bool LogCapture::Has(const std::string &text) const {
+  for (const std::string &e : errors)
+    if (e.find(text) != std::string::npos) return true;
+  return false;
 }

@@ -1,0 +1,80 @@
+#include "renderogl/FxStateOGL.h"
+
+namespace {
+void Enable(GLenum cap, double on) {
+  if (on != 0) glEnable(cap);
+  else glDisable(cap);
+}
+
+GLenum E(double v) { return static_cast<GLenum>(v); }
+GLfloat F(double v) { return static_cast<GLfloat>(v); }
+GLboolean B(double v) { return v != 0 ? GL_TRUE : GL_FALSE; }
+}  // namespace
+
+void ApplyFxPassState(const FxStateValue &s) {
+  const auto &v = s.values;
+  switch (s.state) {
+    case EFxState::DepthTestEnable: Enable(GL_DEPTH_TEST, v[0]); break;
+    case EFxState::DepthMask: glDepthMask(B(v[0])); break;
+    case EFxState::DepthFunc: glDepthFunc(E(v[0])); break;
+    case EFxState::BlendEnable: Enable(GL_BLEND, v[0]); break;
+    case EFxState::BlendFunc: glBlendFunc(E(v[0]), E(v[1])); break;
+    case EFxState::BlendFuncSeparate: glBlendFuncSeparate(E(v[0]), E(v[1]), E(v[2]), E(v[3])); break;
+    case EFxState::BlendEquation: glBlendEquation(E(v[0])); break;
+    case EFxState::BlendColor: glBlendColor(F(v[0]), F(v[1]), F(v[2]), F(v[3])); break;
+    case EFxState::CullFaceEnable: Enable(GL_CULL_FACE, v[0]); break;
+    case EFxState::CullFace: glCullFace(E(v[0])); break;
+    case EFxState::FrontFace: glFrontFace(E(v[0])); break;
+    case EFxState::AlphaTestEnable: Enable(GL_ALPHA_TEST, v[0]); break;
+    case EFxState::AlphaFunc: glAlphaFunc(E(v[0]), F(v[1])); break;
+    case EFxState::ColorMask: glColorMask(B(v[0]), B(v[1]), B(v[2]), B(v[3])); break;
+    case EFxState::PolygonMode: glPolygonMode(E(v[0]), E(v[1])); break;
+    case EFxState::PolygonOffset: glPolygonOffset(F(v[0]), F(v[1])); break;
+    case EFxState::PolygonOffsetFillEnable: Enable(GL_POLYGON_OFFSET_FILL, v[0]); break;
+    case EFxState::PolygonOffsetLineEnable: Enable(GL_POLYGON_OFFSET_LINE, v[0]); break;
+    case EFxState::PolygonOffsetPointEnable: Enable(GL_POLYGON_OFFSET_POINT, v[0]); break;
+    case EFxState::PointSize: glPointSize(F(v[0])); break;
+    case EFxState::LineWidth: glLineWidth(F(v[0])); break;
+    case EFxState::StencilTestEnable: Enable(GL_STENCIL_TEST, v[0]); break;
+    case EFxState::StencilFunc: glStencilFunc(E(v[0]), static_cast<GLint>(v[1]), static_cast<GLuint>(v[2])); break;
+    case EFxState::StencilOp: glStencilOp(E(v[0]), E(v[1]), E(v[2])); break;
+    case EFxState::StencilMask: glStencilMask(static_cast<GLuint>(v[0])); break;
+    default: break;  // programs and sampler states go elsewhere
+  }
+}
+
+void ResetFxPassState(EFxState state) {
+  const FxStateInfo &info = GetStateInfo(state);
+  FxStateValue value;
+  value.state = state;
+  value.count = info.count;
+  value.values = info.reset;
+  ApplyFxPassState(value);
+}
+
+void ApplyFxSamplerState(GLenum target, const FxStateValue &s) {
+  const auto &v = s.values;
+  switch (s.state) {
+    case EFxState::MinFilter: glTexParameteri(target, GL_TEXTURE_MIN_FILTER, static_cast<GLint>(v[0])); break;
+    case EFxState::MagFilter: glTexParameteri(target, GL_TEXTURE_MAG_FILTER, static_cast<GLint>(v[0])); break;
+    case EFxState::WrapS: glTexParameteri(target, GL_TEXTURE_WRAP_S, static_cast<GLint>(v[0])); break;
+    case EFxState::WrapT:
+      if (target != GL_TEXTURE_1D) glTexParameteri(target, GL_TEXTURE_WRAP_T, static_cast<GLint>(v[0]));
+      break;
+    case EFxState::WrapR:
+      if (target == GL_TEXTURE_3D || target == GL_TEXTURE_CUBE_MAP)
+        glTexParameteri(target, GL_TEXTURE_WRAP_R, static_cast<GLint>(v[0]));
+      break;
+    case EFxState::MaxAnisotropy:
+      if (GLEW_EXT_texture_filter_anisotropic) glTexParameterf(target, GL_TEXTURE_MAX_ANISOTROPY_EXT, F(v[0]));
+      break;
+    case EFxState::BorderColor: {
+      GLfloat color[4] = {F(v[0]), F(v[1]), F(v[2]), F(v[3])};
+      glTexParameterfv(target, GL_TEXTURE_BORDER_COLOR, color);
+      break;
+    }
+    case EFxState::LodBias: glTexParameterf(target, GL_TEXTURE_LOD_BIAS, F(v[0])); break;
+    case EFxState::GenerateMipmap: glTexParameteri(target, GL_GENERATE_MIPMAP, v[0] != 0 ? GL_TRUE : GL_FALSE); break;
+    default: break;
+  }
+}
