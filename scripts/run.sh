@@ -1,7 +1,20 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds Release and runs Velmor's main job.
+# Installs what is missing, builds Release and plays the bundled default
+# project: in a window when there is a display, otherwise under a private
+# Xvfb, saving a picture of the screen every few seconds into out/pictures.
+# Arguments are passed to velmor (see build/release/src/app/velmor --help).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/install-deps.sh"
 bash "$root/scripts/build.sh" release
-exec "$root/build/release/src/app/velmor" "$@"
+velmor="$root/build/release/src/app/velmor"
+cd "$root/assets"  # the installation tree the program runs from
+if [ -n "${DISPLAY:-}" ]; then
+  exec "$velmor" /t "$@"
+fi
+pictures="$root/out/pictures"
+mkdir -p "$pictures"
+echo "No display: playing for ${VELMOR_SECONDS:-30} seconds under Xvfb, pictures into $pictures"
+xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX +extension RANDR" \
+  "$velmor" /t --seconds "${VELMOR_SECONDS:-30}" --pictures "$pictures" --picture-every 3 "$@"
+ls -1 "$pictures" | tail -n 12

@@ -111,7 +111,7 @@ TEST_F(FxGLTest, EachPassDrawsWithItsOwnStatesOnly) {
 }
 
 TEST_F(FxGLTest, TechniqueThatDoesNotLinkFallsBackToTheNext) {
-  LogCapture log;
+  FxLogCapture log;
   // Translates, but no driver holds that many uniforms.
   std::string text = QuadEffect(
       "float4x4 gHuge[4096];\n"
@@ -129,9 +129,9 @@ TEST_F(FxGLTest, TechniqueThatDoesNotLinkFallsBackToTheNext) {
   FxTechniqueRecord *t = Technique(fx);
   ASSERT_TRUE(t);
   EXPECT_EQ(t->technique->name, "T");
-  EXPECT_TRUE(log.Has("CGError: The compile returned an error. (1)"));
-  EXPECT_TRUE(log.Has("<text>(")) << "the driver's log carries the pass's line";
-  EXPECT_TRUE(log.Has("GL: ")) << "the driver's log is in the listing";
+  EXPECT_TRUE(log.HasError("CGError: The compile returned an error. (1)"));
+  EXPECT_TRUE(log.HasError("<text>(")) << "the driver's log carries the pass's line";
+  EXPECT_TRUE(log.HasError("GL: ")) << "the driver's log is in the listing";
   ClearTarget();
   Draw(fx, t);
   EXPECT_THAT(Read(), Near4((Float4{0, 1, 0, 1}), 0));
@@ -145,7 +145,7 @@ TEST_F(FxGLTest, TechniqueThatDoesNotLinkFallsBackToTheNext) {
 }
 
 TEST_F(FxGLTest, EveryCorpusTechniqueLinksOnTheDriver) {
-  LogCapture log;
+  FxLogCapture log;
   int linked = 0;
   for (const std::string &path : FxCorpusFiles()) {
     SCOPED_TRACE(path);
@@ -161,10 +161,10 @@ TEST_F(FxGLTest, EveryCorpusTechniqueLinksOnTheDriver) {
 }
 
 TEST_F(FxGLTest, ABrokenEffectNeverDraws) {
-  LogCapture log;
+  FxLogCapture log;
   EXPECT_EQ(m_Manager->ParseEffect("float4 PS() : COLOR { return nothing; }"), nullptr);
-  EXPECT_TRUE(log.Has("CGError:"));
-  EXPECT_TRUE(log.Has("CG Error: The compile returned an error."));
+  EXPECT_TRUE(log.HasError("CGError:"));
+  EXPECT_TRUE(log.HasError("CG Error: The compile returned an error."));
   // Valid text whose only technique cannot link: no technique, no pass.
   CFx *fx = Parse("float4x4 gHuge[4096];\n"
                   "float4 PS(float2 uv : TEXCOORD0) : COLOR { return gHuge[(int)(uv.x * 4095)][0]; }\n"

@@ -25,7 +25,7 @@ std::string TempFile(const std::string &content) {
 }  // namespace
 
 TEST(FxManager, BestTechniqueSkipsOneThatDoesNotTranslate) {
-  LogCapture log;
+  FxLogCapture log;
   CFxManager manager;
   ASSERT_TRUE(manager.Init(nullptr));
   std::unique_ptr<CFx> fx(manager.LoadEffect((FxEffectsDir() + "fallback.cgfx").c_str()));
@@ -43,7 +43,7 @@ TEST(FxManager, BestTechniqueSkipsOneThatDoesNotTranslate) {
 }
 
 TEST(FxManager, NoValidTechniqueAndBrokenTextsGiveNull) {
-  LogCapture log;
+  FxLogCapture log;
   CFxManager manager;
   manager.Init(nullptr);
   std::unique_ptr<CFx> fx(manager.ParseEffect(
@@ -63,7 +63,7 @@ TEST(FxManager, NoValidTechniqueAndBrokenTextsGiveNull) {
 }
 
 TEST(FxManager, ErrorBurstLimitWithAFakeClock) {
-  LogCapture log;
+  FxLogCapture log;
   CScopedFakeClock clock;
   auto report = [] { FxErrorHandler("boom", 7, nullptr); };
   for (int i = 0; i < 20; ++i) report();

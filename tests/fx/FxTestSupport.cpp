@@ -64,21 +64,11 @@ bool ExpectInvalid(const CFxTechnique &t) {
   return false;
 }
 
-LogCapture::LogCapture() {
-  ResetLog();
-  ResetFxErrorHandler();
-  SetLogSink([](const char *text, bool isError, void *user) {
-    if (isError) static_cast<std::vector<std::string> *>(user)->push_back(text);
-  }, &errors);
-}
+FxLogCapture::FxLogCapture() { ResetFxErrorHandler(); }
 
-LogCapture::~LogCapture() {
-  SetLogSink(nullptr, nullptr);
-  ResetFxErrorHandler();
-  ResetLog();
-}
+FxLogCapture::~FxLogCapture() { ResetFxErrorHandler(); }
 
-bool LogCapture::Has(const std::string &text) const {
+bool FxLogCapture::HasError(const std::string &text) const {
   for (const std::string &e : errors)
     if (e.find(text) != std::string::npos) return true;
   return false;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "support/LogCapture.h"
+
 struct CFxTechnique;
 
 std::string FxEffectsDir();
@@ -16,13 +18,12 @@ std::string GlslangErrors(const std::string &glsl, bool fragment);
 // A corpus technique annotated `bool ExpectInvalid = true`.
 bool ExpectInvalid(const CFxTechnique &t);
 
-// Collects the error lines of the log while it lives; the effect error
-// handler starts afresh.
-class LogCapture {
+// The log while it lives, with the effect error handler started afresh
+// (its burst limit would otherwise carry over from test to test).
+class FxLogCapture : public LogCapture {
  public:
-  LogCapture();
-  ~LogCapture();
+  FxLogCapture();
+  ~FxLogCapture();
   // Whether some error line contains `text`.
-  bool Has(const std::string &text) const;
-  std::vector<std::string> errors;
+  bool HasError(const std::string &text) const;
 };

@@ -1,37 +1,36 @@
 #include "nodes/effect/FxRuntime.h"
 
 #include "fx/FxManager.h"
-#include "fx/FxMatrixSemantics.h"
+#include "fx/FxNoiseTextures.h"
 #include "render/Render.h"
 
+namespace {
+FxPassRecord *Record(PassHandle handle) { return const_cast<FxPassRecord *>(static_cast<const FxPassRecord *>(handle)); }
+}  // namespace
+
 PassHandle FxFirstPass(FxTechniqueRecord *technique) {
-  if (!technique || !technique->technique || technique->technique->passes.empty()) return nullptr;
-  technique->pass.technique = technique;
-  technique->pass.pass = &technique->technique->passes.front();
-  return &technique->pass;
+  if (!technique || !technique->fx) return nullptr;
+  return technique->fx->Begin(technique);
 }
 
 PassHandle FxNextPass(PassHandle handle) {
-  auto *record = const_cast<FxPassRecord *>(static_cast<const FxPassRecord *>(handle));
-  if (!record || !record->technique || !record->pass) return nullptr;
-  const std::vector<CFxPass> &passes = record->technique->technique->passes;
-  size_t next = static_cast<size_t>(record->pass - passes.data()) + 1;
-  if (next >= passes.size()) return nullptr;
-  record->pass = &passes[next];
-  return record;
+  FxPassRecord *record = Record(handle);
+  if (!record || !record->technique || !record->technique->fx) return nullptr;
+  return record->technique->fx->NextPass(record);
 }
 
-// Without the GL effect runtime a pass has no device half.
-void FxSetPassState(CFx &, PassHandle) {}
-void FxResetPassState(CFx &, PassHandle) {}
+void FxSetPassState(CFx &fx, PassHandle pass) { fx.BeginPass(Record(pass)); }
+
+void FxResetPassState(CFx &fx, PassHandle pass) { fx.EndPass(Record(pass)); }
 
 void FxSetMatrixParameters(CFx &fx, CRender &render) {
-  const float *view = render.GetCamera()->m_View.m;
-  for (CFxParameter &p : fx.Effect()->Parameters()) SetMatrixParameter(p, fx.m_World, view, render.m_Projection.m);
+  // The semantics read the camera and projection of the renderer drawing now.
+  fx.m_Manager->m_Render = &render;
+  for (CFxParameter &p : fx.Effect()->Parameters()) fx.SetMatrixParameter(p);
 }
 
-void FxSetupSampler(CFx &, CFxParameter &sampler, CTexture *) { sampler.SetTexture(0); }
+void FxSetupSampler(CFx &fx, CFxParameter &sampler, CTexture *texture) { fx.SetupSampler(sampler, texture); }
 
-void FxCommitChanges(CFx &) {}
+void FxCommitChanges(CFx &fx) { fx.CommitChanges(); }
 
-CTexture *FxNoiseTexture(CRender &, int) { return nullptr; }
+CTexture *FxNoiseTexture(CRender &render, int entry) { return CNoiseTextures::Get(render.m_DeviceSlot, entry); }

@@ -59,7 +59,7 @@ TEST_F(ShippedEffects, EveryEffectTranslatesEveryPassToValidGlsl) {
 TEST_F(ShippedEffects, EachBecomesADescribedNodeTypeWithNamedPorts) {
   CNodeFactoryRef factory;
   size_t before = factory->Types().size();
-  LogCapture log;
+  FxLogCapture log;
   CNEFx::AddNodesToFactory(*factory, (AssetsDir() + "nodes/effect").c_str());
   EXPECT_TRUE(log.errors.empty()) << log.errors.front();
   std::vector<std::string> names = ShippedEffectNames();
