@@ -8,6 +8,7 @@
 #include "platform/Desktop.h"
 #include "platform/MessageQueue.h"
 #include "platform/Signals.h"
+#include "support/FakeUserApp.h"
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -17,36 +18,6 @@
 #include <vector>
 
 namespace {
-class FakeUserApp : public CUserApp3d {
- public:
-  bool Init() override { return true; }
-  void Free() override {}
-  void Configure() override {}
-  bool Render() override {
-    ++renders;
-    return true;
-  }
-  bool Update(float dt) override {
-    updates.push_back(dt);
-    if (closeAfter > 0 && static_cast<int>(updates.size()) == closeAfter)
-      MessageQueue().Post(WindowMessage{0, WM_CLOSE, 0, 0});
-    return true;
-  }
-  bool RestoreDeviceObjects() override { return true; }
-  bool InvalidateDeviceObjects() override { return true; }
-  std::string GetAppName() override { return "Fake"; }
-  bool FrameFinished() override {
-    ++finished;
-    return true;
-  }
-  void Serialize(CSerialize &) override {}
-
-  std::vector<float> updates;
-  int renders = 0, finished = 0;
-  int closeAfter = 0;
-  float Sum(size_t from = 0) const { return std::accumulate(updates.begin() + from, updates.end(), 0.0f); }
-};
-
 class FakeDesktop : public IDesktop {
  public:
   explicit FakeDesktop(CAppTypeWin &host) : m_Host(host) {}

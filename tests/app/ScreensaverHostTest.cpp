@@ -1,0 +1,185 @@
+// The screensaver host: what starts in each mode, which input ends the
+// program in which mode, the preview's settling wait, power changes and
+// the configuration file.
+#include "app/AppTypeScreensaver.h"
+#include "app/VelmorApp.h"
+#include "core/FakeClock.h"
+#include "engine/Velmor.h"
+#include "platform/MessageQueue.h"
+#include "render/RecordRender.h"
+#include "support/FakeUserApp.h"
+#include "support/LogCapture.h"
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+class CNoWindowsRender : public CRecordRender {
+ public:
+  bool CreateScreen(int, WindowHandle, bool) override { return false; }
+};
+
+class ScreensaverHost : public testing::Test {
+ protected:
+  ScreensaverHost() { MessageQueue().Clear(); }
+  ~ScreensaverHost() override { MessageQueue().Clear(); }
+  // A host whose renderer is a recorder (kept in `render` for inspection).
+  std::unique_ptr<CAppTypeScreensaver> Host(CUserApp3d *app, bool failingWindows = false) {
+    auto host = std::make_unique<CAppTypeScreensaver>(app, [this, failingWindows]() -> std::unique_ptr<CRender> {
+      std::unique_ptr<CRecordRender> r = failingWindows ? std::make_unique<CNoWindowsRender>() : std::make_unique<CRecordRender>(64, 48);
+      render = r.get();
+      return r;
+    });
+    host->m_ConfigFile = dir / "config.xml";
+    return host;
+  }
+  bool QuitPosted() {
+    WindowMessage m;
+    while (MessageQueue().Peek(m))
+      if (m.message == WM_QUIT) return true;
+    return false;
+  }
+  void Move(CAppTypeScreensaver &host, int x, int y) { host.WinProc(0, WM_MOUSEMOVE, 0, MakePointParam(x, y)); }
+
+  CScopedFakeClock clock;
+  TempDir dir;
+  FakeUserApp app;
+  CRecordRender *render = nullptr;
+};
+}  // namespace
+
+TEST_F(ScreensaverHost, ModesWithoutWindowsStartNothing) {
+  for (const char *line : {"/c", "/a 5"}) {
+    auto host = Host(&app);
+    ASSERT_TRUE(host->Init(line));
+    EXPECT_EQ(render, nullptr) << line;
+    EXPECT_EQ(app.inits, 0);
+    host->Run();
+  }
+  EXPECT_EQ(app.configures, 1);
+}
+
+TEST_F(ScreensaverHost, StartFailuresAreReported) {
+  LogCapture log;
+  auto noRenderer = std::make_unique<CAppTypeScreensaver>(&app, [] { return std::unique_ptr<CRender>(); });
+  EXPECT_FALSE(noRenderer->Init("/s"));
+  EXPECT_EQ(log.LastError(), "Unable to find a render system that could run!");
+  noRenderer.reset();
+  auto noWindows = Host(&app, true);
+  EXPECT_FALSE(noWindows->Init("/s"));
+  EXPECT_EQ(log.LastError(), "Unable to create window(s)");
+  noWindows.reset();
+  app.initResult = false;
+  auto noProject = Host(&app);
+  EXPECT_FALSE(noProject->Init("/t"));
+}
+
+TEST_F(ScreensaverHost, FullScreenEndsOnTheSixthRealMoveAClickOrAKey) {
+  LogCapture log;
+  auto host = Host(&app);
+  ASSERT_TRUE(host->Init("/s"));
+  EXPECT_EQ(host->m_Mode, MODE_FullScreen);
+  EXPECT_EQ(render->Calls("CreateScreen 2").size(), 1u);
+  for (int i = 0; i < 20; ++i) Move(*host, i % 2 * 5, i % 2 * 5);  // jitter within 5 pixels
+  EXPECT_EQ(host->m_MouseMoves, 0);
+  for (int i = 1; i <= 5; ++i) Move(*host, i * 10, 0);
+  EXPECT_FALSE(QuitPosted());
+  Move(*host, 60, 3);
+  EXPECT_TRUE(log.Has("Mouse movement detected (10 3). Stopping screensaver."));
+  EXPECT_TRUE(QuitPosted());
+
+  host->WinProc(0, WM_RBUTTONDOWN, 0, 0);
+  EXPECT_TRUE(log.Has("Mouse click detected. Stopping screensaver."));
+  EXPECT_TRUE(QuitPosted());
+  host->WinProc(0, WM_KEYDOWN, VK_F9, 0);  // a picture, not an end
+  EXPECT_FALSE(QuitPosted());
+  host->WinProc(0, WM_KEYDOWN, 'A', 0);
+  EXPECT_TRUE(log.Has("Keyboard press detected. Stopping screensaver."));
+  EXPECT_TRUE(QuitPosted());
+}
+
+TEST_F(ScreensaverHost, PreviewAndTestWindowsOutliveInput) {
+  LogCapture log;
+  auto preview = Host(&app);
+  ASSERT_TRUE(preview->Init("/p 77"));
+  EXPECT_EQ(render->Calls("CreateScreen 1 77").size(), 1u);
+  EXPECT_FALSE(preview->m_PreviewWaiting);  // the settling wait ended on its timer
+  EXPECT_GE(clock.clock.Milliseconds(), 500u);
+  for (int i = 1; i <= 8; ++i) Move(*preview, i * 10, 0);
+  EXPECT_TRUE(log.Has("Mouse movement detected (10 0). Stopping screensaver."));  // counted and logged
+  preview->WinProc(0, WM_KEYDOWN, 'A', 0);
+  EXPECT_FALSE(QuitPosted());  // the system closes a preview, not the user
+  preview.reset();
+
+  auto test = Host(&app);
+  ASSERT_TRUE(test->Init("/t"));
+  test->WinProc(0, WM_LBUTTONDOWN, 0, 0);
+  test->WinProc(0, WM_ACTIVATEAPP, 0, 0);
+  EXPECT_FALSE(QuitPosted());
+  test.reset();
+
+  auto record = Host(&app);
+  ASSERT_TRUE(record->Init("/r m.avi s.vms"));
+  record->WinProc(0, WM_KEYDOWN, 'A', 0);
+  EXPECT_FALSE(QuitPosted());
+  record->WinProc(0, WM_ACTIVATEAPP, 0, 0);  // losing the focus ends a recording
+  EXPECT_TRUE(log.Has("WM_ACTIVATEAPP detected. Stopping screensaver."));
+  EXPECT_TRUE(QuitPosted());
+}
+
+TEST_F(ScreensaverHost, MonitorPowerAndSuspendPauseOnlyWhereTheyShould) {
+  LogCapture log;
+  auto host = Host(&app);
+  ASSERT_TRUE(host->Init("/s"));
+  host->WinProc(0, WM_SYSCOMMAND, 0xF170, 2);
+  EXPECT_TRUE(host->m_Paused);
+  EXPECT_TRUE(log.Has("SC_MONITORPOWER 2 detected. Pausing screensaver"));
+  host->WinProc(0, WM_SYSCOMMAND, 0xF170, -1);
+  EXPECT_FALSE(host->m_Paused);
+  EXPECT_EQ(host->WinProc(0, WM_SYSCOMMAND, 0xF060, 0), 0);  // close is swallowed
+  EXPECT_EQ(host->WinProc(0, WM_POWERBROADCAST, 4, 0), 1);
+  EXPECT_TRUE(host->m_Paused);
+  EXPECT_EQ(host->WinProc(0, WM_POWERBROADCAST, 7, 0), 1);
+  EXPECT_FALSE(host->m_Paused);
+  EXPECT_TRUE(log.Has("PBT_APMRESUMESUSPEND detected. Resuming screensaver."));
+  host.reset();
+
+  auto test = Host(&app);
+  ASSERT_TRUE(test->Init("/t"));
+  test->WinProc(0, WM_SYSCOMMAND, 0xF170, 2);
+  EXPECT_FALSE(test->m_Paused);  // monitor power matters in full screen only
+}
+
+TEST_F(ScreensaverHost, ConfigurationSetsTheEngineAndTheRenderer) {
+  LogCapture log;
+  dir.Write("config.xml",
+            "<Velmor><Screensaver Project=\"[userpath]mine.vmp\" SceneMinRunTime=\"12\" SceneMaxRunTime=\"34\" "
+            "AutoGotoNextScene=\"false\" RandomizeScene=\"true\" CaptureSound=\"false\" MaxSilenceTime=\"7\">"
+            "<Renderer Type=\"1\" AllScreensSame=\"true\"/><Config SendAnonymousUsageInfo=\"false\"/>"
+            "</Screensaver></Velmor>");
+  CVelmorApp velmor(&CVelmorApp::MakeVelmorEngine);
+  auto host = Host(&velmor);
+  ASSERT_TRUE(host->Init("/c"));  // configuration mode reads the file but opens nothing
+  EXPECT_EQ(velmor.m_ProjectFile, "[userpath]mine.vmp");
+  auto *engine = dynamic_cast<CVelmor *>(velmor.GetEngine());
+  ASSERT_NE(engine, nullptr);
+  EXPECT_EQ(engine->m_SceneMinRunTime, 12);
+  EXPECT_EQ(engine->m_SceneMaxRunTime, 34);
+  EXPECT_FALSE(engine->m_AutoGotoNextScene);
+  EXPECT_FALSE(engine->m_CaptureSound);
+  EXPECT_EQ(engine->m_MaxSilenceTime, 7);
+  EXPECT_FALSE(host->m_SendUsageInfo);
+  EXPECT_TRUE(log.Has("Config: 1 0 12 34 0 7"));
+  EXPECT_TRUE(log.Has("Project file requested \"[userpath]mine.vmp\" from config"));
+
+  // A missing file leaves the defaults; the visualizer's differ.
+  CVelmorApp visualizer(&CVelmorApp::MakeVelmorEngine);
+  visualizer.m_IsScreensaver = false;
+  auto host2 = Host(&visualizer);
+  host2->m_ConfigFile = dir / "missing.xml";
+  ASSERT_TRUE(host2->Init("/c"));
+  auto *engine2 = dynamic_cast<CVelmor *>(visualizer.GetEngine());
+  ASSERT_NE(engine2, nullptr);
+  EXPECT_EQ(engine2->m_SceneMaxRunTime, 20);
+  EXPECT_FALSE(engine2->m_CaptureSound);
+}
