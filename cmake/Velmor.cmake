@@ -37,6 +37,8 @@ function(velmor_test name)
   add_executable(${name} ${sources})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/src ${PROJECT_SOURCE_DIR}/tests)
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gtest GTest::gmock velmor_test_main)
+  # Tests that read shipped or sample files find them from the sources.
+  target_compile_definitions(${name} PRIVATE VELMOR_SOURCE_ROOT="${PROJECT_SOURCE_DIR}")
   set(props ENVIRONMENT "VELMOR_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
   if(ARG_X_DISPLAY)
     list(APPEND props RESOURCE_LOCK x_display)
