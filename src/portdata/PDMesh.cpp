@@ -58,17 +58,11 @@ bool CPDMesh::MeshCreateDevice(CRender *render) {
     return LogError("Mesh of %d vertices and %d indices is beyond what 16-bit indices address", m_Vertices.m_Num,
                     indexCount);
   }
-  if (dObjs->m_VertexBuffer && dObjs->m_VertexBuffer->m_Size < m_Vertices.m_Num) {
-    dObjs->m_VertexBuffer->Release();
-    dObjs->m_VertexBuffer = nullptr;
-  }
+  ReleaseIfSmaller(dObjs->m_VertexBuffer, m_Vertices.m_Num);
   if (!dObjs->m_VertexBuffer &&
       DEVICE_FAILED(!(dObjs->m_VertexBuffer = render->CreateVertexBuffer(m_Vertices.m_Num, VBF_DYNAMIC, VBF_PNTBTC))))
     return false;
-  if (dObjs->m_IndexBuffer && dObjs->m_IndexBuffer->m_Size < indexCount) {
-    dObjs->m_IndexBuffer->Release();
-    dObjs->m_IndexBuffer = nullptr;
-  }
+  ReleaseIfSmaller(dObjs->m_IndexBuffer, indexCount);
   if (!dObjs->m_IndexBuffer && DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(indexCount, 0))))
     return false;
   WriteVertices(dObjs->m_VertexBuffer);

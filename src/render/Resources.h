@@ -66,3 +66,14 @@ class CIndexBuffer {
   int m_Size = 0;  // indices
   int m_Flags = 0;
 };
+
+// Releases a vertex or index buffer that can't hold `size` entries (and
+// nulls the pointer), so that the caller makes one that can; a large enough
+// buffer is kept for reuse.
+template <typename Buffer>
+void ReleaseIfSmaller(Buffer *&buffer, int size) {
+  if (buffer && buffer->m_Size < size) {
+    buffer->Release();
+    buffer = nullptr;
+  }
+}

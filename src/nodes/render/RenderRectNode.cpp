@@ -45,17 +45,11 @@ bool CRenderRectNode::RestoreDevice(CRender *render) {
   const int indexCount = W * H * 6;
   dObjs->m_Triangles = W * H * 2;
 
-  if (dObjs->m_VertexBuffer && dObjs->m_VertexBuffer->m_Size < vertexCount) {
-    dObjs->m_VertexBuffer->Release();
-    dObjs->m_VertexBuffer = nullptr;
-  }
+  ReleaseIfSmaller(dObjs->m_VertexBuffer, vertexCount);
   if (!dObjs->m_VertexBuffer &&
       DEVICE_FAILED(!(dObjs->m_VertexBuffer = render->CreateVertexBuffer(vertexCount, 0, VBF_PNTBTC))))
     return false;
-  if (dObjs->m_IndexBuffer && dObjs->m_IndexBuffer->m_Size < indexCount) {
-    dObjs->m_IndexBuffer->Release();
-    dObjs->m_IndexBuffer = nullptr;
-  }
+  ReleaseIfSmaller(dObjs->m_IndexBuffer, indexCount);
   if (!dObjs->m_IndexBuffer && DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(indexCount, 0))))
     return false;
 
