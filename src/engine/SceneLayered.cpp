@@ -1,5 +1,6 @@
 #include "engine/SceneLayered.h"
 
+#include "nodes/texture/PreviousLayerNode.h"
 #include "render/Render.h"
 #include "scene/Node.h"
 #include "scene/NodeInfo.h"
@@ -21,7 +22,8 @@ bool CSceneLayered::Init() {
   m_PreviousLayer = nullptr;
   if (m_Postprocessing)
     for (CNode *n : m_Postprocessing->m_Nodes)
-      if (n->m_Info && n->m_Info->m_TypeName == "PreviousLayer") m_PreviousLayer = n;
+      if (n->m_Info && n->m_Info->m_TypeName == "PreviousLayer")
+        if (auto *layer = dynamic_cast<CPreviousLayerNode *>(n)) m_PreviousLayer = layer;
   return true;
 }
 
@@ -49,14 +51,22 @@ void CSceneLayered::Deactivate() {
 }
 
 void CSceneLayered::Draw(CRender *render) {
-  // The postprocessing layer reads the layers below through its
-  // PreviousLayer node's render target; without that node it is not drawn.
+  // The postprocessing scene sees the layers below only through its
+  // PreviousLayer node's target; without that node it is not drawn. When no
+  // target can be had the layers go to the screen as they are.
+  const bool postprocess = m_Postprocessing && m_PreviousLayer && m_PreviousLayer->BeginLayer(render);
   if (m_Background) m_Background->Draw(render);
   if (m_Foreground) {
+    // Depth only: the foreground paints over the background's colors but
+    // must not be cut by its depth.
     const float black[4] = {0, 0, 0, 1};
     render->Clear(black, 1.0f, CLEAR_Depth);
     m_Foreground->Draw(render);
   }
+  if (!postprocess) return;
+  m_PreviousLayer->EndLayer(render);
+  m_Postprocessing->Draw(render);
+  m_PreviousLayer->FreeLayer(render);
 }
 
 std::string CSceneLayered::GetFile() const {

@@ -5,7 +5,7 @@
 #include "scene/SceneBase.h"
 
 class CScene;
-class CNode;
+class CPreviousLayerNode;
 
 class CSceneLayered : public CSceneBase {
  public:
@@ -32,7 +32,7 @@ class CSceneLayered : public CSceneBase {
   void Forget(const CScene *scene);
 
   CScene *m_Background, *m_Foreground, *m_Postprocessing;
-  CNode *m_PreviousLayer = nullptr;
+  CPreviousLayerNode *m_PreviousLayer = nullptr;
 
  private:
   template <typename F>

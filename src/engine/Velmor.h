@@ -55,8 +55,14 @@ class CVelmor : public IVelmorEngine {
   bool AddScene(const std::string &path);
   bool RemoveScene(const std::string &file, const std::string &name);
   CSceneLayered *LoadLayered(const std::string &list);
-  // Strips what layers may not keep; combinations are built from the pools.
-  void PrepareLayeredScenes() {}
+  // Strips the foreground pool's Clear nodes; running it twice is harmless.
+  void PrepareLayeredScenes();
+  // Appends a layered entry unless two of its scenes refuse each other.
+  // `background` is required; the others may be null.
+  bool AddCombination(CScene *background, CScene *foreground, CScene *postprocessing);
+  // Every background x foreground x postprocessing combination the pools
+  // allow, weighed against the standalone entries.
+  void BuildCombinations();
 
   void GetPresetName(int index, char *out) override;
   int GetPresetCount() override;

@@ -158,9 +158,13 @@ void CVelmor::LoadSerialized(CSerialize &s) {
       static_cast<long>(m_Scenes.size()), static_cast<long>(m_BackgroundScenes.size()),
       static_cast<long>(m_ForegroundScenes.size()), static_cast<long>(m_PostprocessingScenes.size()));
   PrepareLayeredScenes();
-  if (!anyPool)
+  if (!anyPool) {
     for (auto &entry : m_Scenes)
       if (entry->m_IsLayered) entry->Init();
+  } else if (m_HostAppType != 5 && m_HostAppType != 6) {
+    // An editor or configuration tool edits the pools as they are.
+    BuildCombinations();
+  }
 
   m_SceneIndex = 0;
   if (m_IsProject) m_ActiveScene = FindScene(wantedFile, wantedName, &m_SceneIndex);

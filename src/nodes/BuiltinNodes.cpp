@@ -20,6 +20,7 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/texture/PreviousLayerNode.h"
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
@@ -60,6 +61,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
+    &CPreviousLayerNode::CreateInfo,
     &CShaderNode::CreateInfo,
 };
 
