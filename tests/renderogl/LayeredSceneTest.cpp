@@ -41,7 +41,7 @@ const char *const kForegroundLinks = R"(<Connection Out="Clear1.Render" In="Obje
   <Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/><Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)";
 
 const char *const kPostprocessing = R"(<Node Type="Screen" Name="Screen1"/><Node Type="RenderRect" Name="Rect1"/>
-  <Node Type="Textured" Name="Textured1" Color="0.5 0.5 1 1"/><Node Type="PreviousLayer" Name="Layer1" CreateMipMaps="1"/>)";
+  <Node Type="Textured" Name="Textured1" Color="0.5 0.5 1 1" DepthTest="false" DepthWrite="false"/><Node Type="PreviousLayer" Name="Layer1" CreateMipMaps="1"/>)";
 const char *const kPostprocessingLinks = R"(<Connection Out="Rect1.Render" In="Screen1.Render"/>
   <Connection Out="Textured1.Effect" In="Rect1.Effect"/><Connection Out="Layer1.Color" In="Textured1.Texture"/>)";
 
@@ -52,11 +52,7 @@ bool Near(const std::array<int, 3> &pixel, const std::array<int, 3> &expected) {
 }
 }  // namespace
 
-// Disabled: the postprocessing scene (RenderRect with the Textured effect
-// node) draws nothing in this harness, even drawn alone and with the texture
-// port open, and GL reports GL_INVALID_OPERATION; the background alone draws
-// red. To be enabled once effect nodes draw through RenderRect here.
-TEST(LayeredScene, DISABLED_PostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
+TEST(LayeredScene, PostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
   VELMOR_REQUIRE_DISPLAY();
   TempDir dir;
   SetAppPaths(dir / "app", dir / "user");

@@ -52,12 +52,21 @@ void CNEFx::Update(float, FrameInfo *frame) {
 bool CNEFx::RestoreDevice(CRender *render) {
   ReleaseDevice();
   DeviceObjects *dObjs = &m_DeviceObjects[render->m_DeviceSlot];
-  int width = 1, height = 1;
+  // White stand-ins for open texture ports, one per sampler dimension: a
+  // texture bound to a sampler of another dimension samples black. A height
+  // below 2 makes a 1D texture.
+  const uint32_t white[4] = {0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu};
+  int width = 2, height = 2;
   if (!dObjs->m_NullTexture) {
     if (DEVICE_FAILED(!(dObjs->m_NullTexture = render->CreateTexture(width, height, 0, TF_A8R8G8B8, TT_Normal))))
       return false;
-    const uint32_t white = 0xFFFFFFFFu;
-    dObjs->m_NullTexture->Fill(&white);
+    dObjs->m_NullTexture->Fill(white);
+  }
+  height = 1;
+  if (!dObjs->m_NullTexture1D) {
+    if (DEVICE_FAILED(!(dObjs->m_NullTexture1D = render->CreateTexture(width, height, 0, TF_A8R8G8B8, TT_Normal))))
+      return false;
+    dObjs->m_NullTexture1D->Fill(white);
   }
   const auto *info = dynamic_cast<const CNEFxInfo *>(m_Info);
   if (!info || !render->m_FxManager) return false;
@@ -69,10 +78,11 @@ bool CNEFx::RestoreDevice(CRender *render) {
 
 void CNEFx::InvalidateDevice(CRender *render) {
   DeviceObjects &d = m_DeviceObjects[render->m_DeviceSlot];
-  if (d.m_NullTexture) {
-    d.m_NullTexture->Release();
-    delete d.m_NullTexture;
-    d.m_NullTexture = nullptr;
+  for (CTexture **t : {&d.m_NullTexture, &d.m_NullTexture1D}) {
+    if (!*t) continue;
+    (*t)->Release();
+    delete *t;
+    *t = nullptr;
   }
   ReleaseDevice();
 }
@@ -89,8 +99,10 @@ CTexture *CNEFx::SamplerTexture(const CFxParameter &sampler) {
   auto *port = texture ? dynamic_cast<CPortTexture *>(UIPort(*this, *texture)) : nullptr;
   if (port && port->IsConnected() && port->m_Value) return port->m_Value->GetTexture(m_Render);
   // An open port samples white, so a texture-times-color effect shows its color.
-  bool flat = sampler.type.base == EFxBase::Sampler1D || sampler.type.base == EFxBase::Sampler2D;
-  return flat ? m_DeviceObjects[m_Render->m_DeviceSlot].m_NullTexture : nullptr;
+  const DeviceObjects &d = m_DeviceObjects[m_Render->m_DeviceSlot];
+  if (sampler.type.base == EFxBase::Sampler2D) return d.m_NullTexture;
+  if (sampler.type.base == EFxBase::Sampler1D) return d.m_NullTexture1D;
+  return nullptr;
 }
 
 PassHandle CNEFx::Begin() {

@@ -79,7 +79,8 @@ class CNEFx : public CNode, public CPDEffect {
   float m_Time = 0, m_ElapsedTime = 0;
 
   struct DeviceObjects {
-    CTexture *m_NullTexture = nullptr;
+    CTexture *m_NullTexture = nullptr;    // 2D
+    CTexture *m_NullTexture1D = nullptr;
   };
   DeviceObjects m_DeviceObjects[MAX_RENDER_UNITS];
 };
