@@ -170,13 +170,19 @@ struct EffectInstance : EffectFiles {
 TEST_F(EffectInstance, RestoreLoadsTheTypesFileAndAWhiteNullTexture) {
   ASSERT_TRUE(node->RestoreDevice(&render));
   ASSERT_TRUE(node->GetFx());
+  // White stand-ins for open ports: a 2D one (height 2: a height of 1
+  // would make it 1D) and a 1D one.
   CRecordTexture *white = render.Texture(1);
   ASSERT_TRUE(white);
-  EXPECT_EQ(white->m_Width, 1);
-  EXPECT_EQ(white->m_Pixels.at(0), 0xFFFFFFFFu);
+  EXPECT_EQ(white->m_Height, 2);
+  EXPECT_EQ(white->Dimension(), 2);
+  EXPECT_EQ(white->m_Pixels, std::vector<uint32_t>(4, 0xFFFFFFFFu));
+  ASSERT_TRUE(render.Texture(2));
+  EXPECT_EQ(render.Texture(2)->Dimension(), 1);
   node->InvalidateDevice(&render);
   EXPECT_FALSE(node->GetFx());
   EXPECT_FALSE(render.Texture(1));
+  EXPECT_FALSE(render.Texture(2));
 }
 
 TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
