@@ -57,6 +57,12 @@ std::string CScreenshot::Capture(const std::string &path) {
 }
 
 std::string CScreenshot::TakeScreenshot(const std::string &path) {
+  std::string name = UniqueFileName(path);
+  SaveAs(name);
+  return name;
+}
+
+bool CScreenshot::SaveAs(const std::string &name) {
   FreeImage_SetOutputMessage(&FreeImageMessage);
   // A single window, or monitors that all show the same view, give a picture
   // of the first unit alone.
@@ -66,11 +72,8 @@ std::string CScreenshot::TakeScreenshot(const std::string &path) {
   const CRect area = single ? CRect{0, 0, m_Render.m_UnitRect.Width(), m_Render.m_UnitRect.Height()}
                             : m_Render.m_VirtualRect;
   FIBITMAP *picture = FreeImage_Allocate(area.Width(), area.Height(), 24);
-  if (!picture) {
-    LogError("Create image failed");
-    return std::string();
-  }
-  std::string name = UniqueFileName(path);
+  if (!picture) return LogError("Create image failed");
+  bool saved = false;
   for (int i = 0; i < static_cast<int>(windows.size()); ++i) {
     int unit = m_Render.UnitOfWindow(i);
     if (unit < 0 || !m_Render.SwitchToRenderUnit(unit)) continue;  // a black monitor stays black
@@ -91,10 +94,10 @@ std::string CScreenshot::TakeScreenshot(const std::string &path) {
   FREE_IMAGE_FORMAT format = FreeImage_GetFIFFromFilename(name.c_str());
   if (format != FIF_UNKNOWN) {
     if (FreeImage_FIFSupportsWriting(format) && FreeImage_FIFSupportsExportBPP(format, 24))
-      FreeImage_Save(format, picture, name.c_str(), 0);
+      saved = FreeImage_Save(format, picture, name.c_str(), 0);
     else
       LogError("Format doesn't support writing");
   }
   FreeImage_Unload(picture);
-  return name;
+  return saved;
 }

@@ -17,6 +17,8 @@ class CScreenshot {
   // or the first unit alone for a single window or AllScreensSame. The name
   // is returned whether or not saving worked.
   std::string TakeScreenshot(const std::string &path);
+  // The same picture saved under exactly this name; false when it wasn't.
+  bool SaveAs(const std::string &name);
 
   // The first "<date>-<base>-NN.png" (or "<date>_NN.png") in the folder of
   // `path` that doesn't exist yet; the folder itself when all are taken.
