@@ -1,0 +1,106 @@
+// velmor-tool as scripts see it: exact output lines and exit codes.
+#include "support/TempDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+namespace {
+struct Result {
+  int status = -1;
+  std::string out;
+};
+
+// Runs the tool in `dir` with stdout captured (stderr to `errFile`). Mesa's
+// driver keeps allocations until exit: leak reports of a child that opened
+// GL would only be about the driver.
+Result Tool(const std::string &dir, const std::string &args, const std::string &errFile = "/dev/null") {
+  const std::string cmd = "cd '" + dir + "' && ASAN_OPTIONS=detect_leaks=0 '" VELMOR_TOOL_BINARY "' " + args +
+                          " 2>" + errFile;
+  Result r;
+  FILE *p = popen(cmd.c_str(), "r");
+  if (!p) return r;
+  char buf[4096];
+  while (size_t n = fread(buf, 1, sizeof(buf), p)) r.out.append(buf, n);
+  int status = pclose(p);
+  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return r;
+}
+
+std::string Assets() { return std::string(VELMOR_SOURCE_ROOT) + "/assets"; }
+
+std::string Scene(const std::string &nodes, const std::string &connections) {
+  return "<Velmor><Transitions/><Scenes><Scene Name=\"T\"><Nodes>" + nodes + "</Nodes><Connections>" + connections +
+         "</Connections><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>";
+}
+
+// Width and height from a PNG's header.
+std::pair<int, int> PngSize(const std::string &file) {
+  std::string data = TempDir::Read(file);
+  if (data.size() < 24 || data.compare(1, 3, "PNG") != 0) return {0, 0};
+  auto be = [&](size_t at) {
+    return (uint8_t(data[at]) << 24) | (uint8_t(data[at + 1]) << 16) | (uint8_t(data[at + 2]) << 8) | uint8_t(data[at + 3]);
+  };
+  return {static_cast<int>(be(16)), static_cast<int>(be(20))};
+}
+}  // namespace
+
+TEST(ToolCheck, ShippedFilesPassAndProblemsAreListedPerFile) {
+  Result ok = Tool(Assets(), "check scenes/plasma.vms projects/screensaver.vmp");
+  EXPECT_EQ(ok.status, 0);
+  EXPECT_EQ(ok.out, "scenes/plasma.vms: ok\nprojects/screensaver.vmp: ok\n");
+
+  TempDir dir;
+  dir.Write("bad.vms", Scene("<Node Type=\"Screen\" Name=\"Screen1\"/><Node Type=\"Bogus\" Name=\"B\"/>"
+                             "<Node Type=\"Expression\" Name=\"E\" Expression=\"out1 = (1 +\"/>",
+                             "<Connection Out=\"Nope.Value\" In=\"Screen1.Render\"/>"));
+  Result bad = Tool(Assets(), "check " + (dir / "bad.vms") + " scenes/huedrift.vms");
+  EXPECT_EQ(bad.status, 1);
+  const std::string f = dir / "bad.vms";
+  EXPECT_NE(bad.out.find(f + ": Unknown node type \"Bogus\"!\n"), std::string::npos) << bad.out;
+  EXPECT_NE(bad.out.find(f + ": Failed to create connection from \"Nope.Value\" to \"Screen1.Render\"\n"), std::string::npos);
+  EXPECT_NE(bad.out.find(f + ": Unmatched Parenthesis\n"), std::string::npos);
+  EXPECT_NE(bad.out.find("scenes/huedrift.vms: ok\n"), std::string::npos);
+  EXPECT_EQ(Tool(Assets(), "check " + (dir / "missing.vms")).status, 1);
+}
+
+TEST(ToolEval, PrintsPortsAtATimeInTheOrderAsked) {
+  TempDir dir;
+  dir.Write("s.vms", Scene("<Node Type=\"Screen\" Name=\"Screen1\"/><Node Type=\"Clear\" Name=\"Clear1\"/>"
+                           "<Node Type=\"Sin\" Name=\"Sin1\" Min=\"-2\" Max=\"4\" Frequency=\"0.5\"/>"
+                           "<Node Type=\"RGBAToColor\" Name=\"C\"/>",
+                           "<Connection Out=\"Clear1.Render\" In=\"Screen1.Render\"/>"
+                           "<Connection Out=\"C.Color\" In=\"Clear1.Color\"/><Connection Out=\"Sin1.Value\" In=\"C.Red\"/>"));
+  // Period 2 s: the wave is at its maximum at t = 1.
+  Result r = Tool(dir.Path(), "eval s.vms --time 1 --port Sin1.Value --port C.Red --port Clear1.Color");
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out, "Sin1.Value=4\nC.Red=4\nClear1.Color=4 1 1 1\n");
+  EXPECT_EQ(Tool(dir.Path(), "eval s.vms --time 1 --port Nope.Value").status, 1);
+  EXPECT_EQ(Tool(dir.Path(), "eval s.vms --port Sin1.Value").status, 2);  // no --time
+}
+
+TEST(ToolRender, WritesPicturesOfTheAskedSize) {
+  if (!getenv("DISPLAY")) GTEST_SKIP() << "DISPLAY is not set: render needs an X server";
+  TempDir dir;
+  Result one = Tool(Assets(), "render scenes/huedrift.vms --time 0.5 --size 96x64 -o " + (dir / "h.png"));
+  ASSERT_EQ(one.status, 0);
+  EXPECT_EQ(one.out, (dir / "h.png") + "\n");
+  EXPECT_EQ(PngSize(dir / "h.png"), std::make_pair(96, 64));
+  Result seq = Tool(Assets(), "render scenes/spinningcube.vms --time 0 --frames 2 --fps 10 --size 64x48 -o " +
+                                  (dir / "c_%04d.png"));
+  ASSERT_EQ(seq.status, 0);
+  EXPECT_EQ(seq.out, (dir / "c_0000.png") + "\n" + (dir / "c_0001.png") + "\n");
+  EXPECT_NE(TempDir::Read(dir / "c_0000.png"), TempDir::Read(dir / "c_0001.png"));  // the cube turned
+}
+
+TEST(ToolCatalogue, ListsBuiltInAndEffectFileTypes) {
+  Result r = Tool(Assets(), "catalogue");
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out.rfind("<NodeTypes>", 0), 0u);
+  EXPECT_NE(r.out.find("<NodeInfo Type=\"Sin\" Desc=\"Sin math function\" Group=\"7\">"), std::string::npos);
+  EXPECT_NE(r.out.find("<NodeInfo Type=\"SpecularLit\""), std::string::npos);
+  EXPECT_NE(r.out.find("<Port Type=\"Effect\" Name=\"Effect\""), std::string::npos);
+}
