@@ -52,10 +52,39 @@ void ResetFxPassState(EFxState state) {
   ApplyFxPassState(value);
 }
 
+namespace {
+// Whether the bound texture has a mip chain: more than one level when its
+// first level is larger than one texel.
+bool HasMipLevels(GLenum target) {
+  const GLenum face = target == GL_TEXTURE_CUBE_MAP ? GL_TEXTURE_CUBE_MAP_POSITIVE_X : target;
+  GLint width = 0, height = 0, nextWidth = 0;
+  glGetTexLevelParameteriv(face, 0, GL_TEXTURE_WIDTH, &width);
+  glGetTexLevelParameteriv(face, 0, GL_TEXTURE_HEIGHT, &height);
+  if (width <= 1 && height <= 1) return true;
+  glGetTexLevelParameteriv(face, 1, GL_TEXTURE_WIDTH, &nextWidth);
+  return nextWidth > 0;
+}
+
+// A filter that reads mip levels on a texture without them makes it
+// incomplete, and it samples black: such a texture (a render target drawn
+// without mip maps, say) is filtered from its first level instead.
+GLint UsableMinFilter(GLenum target, GLint filter) {
+  switch (filter) {
+    case GL_NEAREST_MIPMAP_NEAREST:
+    case GL_NEAREST_MIPMAP_LINEAR: return HasMipLevels(target) ? filter : GL_NEAREST;
+    case GL_LINEAR_MIPMAP_NEAREST:
+    case GL_LINEAR_MIPMAP_LINEAR: return HasMipLevels(target) ? filter : GL_LINEAR;
+    default: return filter;
+  }
+}
+}  // namespace
+
 void ApplyFxSamplerState(GLenum target, const FxStateValue &s) {
   const auto &v = s.values;
   switch (s.state) {
-    case EFxState::MinFilter: glTexParameteri(target, GL_TEXTURE_MIN_FILTER, static_cast<GLint>(v[0])); break;
+    case EFxState::MinFilter:
+      glTexParameteri(target, GL_TEXTURE_MIN_FILTER, UsableMinFilter(target, static_cast<GLint>(v[0])));
+      break;
     case EFxState::MagFilter: glTexParameteri(target, GL_TEXTURE_MAG_FILTER, static_cast<GLint>(v[0])); break;
     case EFxState::WrapS: glTexParameteri(target, GL_TEXTURE_WRAP_S, static_cast<GLint>(v[0])); break;
     case EFxState::WrapT:
