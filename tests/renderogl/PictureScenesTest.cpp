@@ -1,0 +1,318 @@
+// Scenes drawn through the GL backend, checked by their pixels: what each
+// render flow node, the Shader node and effect files put on the screen, and
+// what a scene author sees when textures flow through RenderToTexture.
+#include <GL/glew.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/Paths.h"
+#include "engine/Velmor.h"
+#include "nodes/BuiltinNodes.h"
+#include "nodes/effect/FxNode.h"
+#include "renderogl/GLTestSupport.h"
+#include "scene/Scene.h"
+#include "support/TempDir.h"
+
+namespace {
+constexpr int kWidth = 128, kHeight = 96;
+
+using Rgb = std::array<int, 3>;
+
+std::string ShippedEffects() { return std::string(VELMOR_SOURCE_ROOT) + "/assets/nodes/effect"; }
+
+// A vertex program handing the texture coordinates on, for the effects below.
+const char kPassUv[] = R"(
+float4x4 gWVP : WORLDVIEWPROJECTION;
+struct UvOut { float4 hpos : POSITION; float2 uv : TEXCOORD0; };
+UvOut UvVS(float3 pos : POSITION, float2 uv : TEXCOORD0) {
+  UvOut o;
+  o.hpos = mul(gWVP, float4(pos, 1.0));
+  o.uv = uv;
+  return o;
+}
+)";
+
+// Each frame adds a quarter to every channel of what the texture held.
+const std::string kFeedbackStep = std::string(kPassUv) + R"(
+string Info : VELMORINFO <string Description = "Last picture plus a step";> = "";
+texture gLast : DIFFUSE <string UIName = "Last"; string UIDesc = "Picture to step from";>;
+sampler2D gLastSampler = sampler_state { Texture = <gLast>; MinFilter = Nearest; MagFilter = Nearest; };
+float4 StepPS(float2 uv : TEXCOORD0) : COLOR { return float4(tex2D(gLastSampler, uv).rgb + 0.25, 1.0); }
+technique Step { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram = compile glslf StepPS(); } }
+)";
+
+// A one-dimensional sampler left open, times a tint.
+const std::string kRampTint = std::string(kPassUv) + R"(
+string Info : VELMORINFO <string Description = "A 1D ramp times a tint";> = "";
+float4 gTint : DIFFUSE <string UIName = "Color"; string UIDesc = "Tint";> = {1.0, 1.0, 1.0, 1.0};
+texture gRamp : DIFFUSE <string UIName = "Ramp"; string UIDesc = "Ramp";>;
+sampler1D gRampSampler = sampler_state { Texture = <gRamp>; MinFilter = Linear; MagFilter = Linear; };
+float4 RampPS(float2 uv : TEXCOORD0) : COLOR { return tex1D(gRampSampler, uv.x) * gTint; }
+technique Ramp { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram = compile glslf RampPS(); } }
+)";
+
+// Red is the fractional part of the scene time.
+const char kTimeRamp[] = R"(
+string Info : VELMORINFO <string Description = "Red follows the time";> = "";
+float4x4 gWVP : WORLDVIEWPROJECTION;
+float gTime : TIME;
+float4 TimeVS(float3 pos : POSITION) : POSITION { return mul(gWVP, float4(pos, 1.0)); }
+float4 TimePS() : COLOR { return float4(frac(gTime), 0.0, 0.0, 1.0); }
+technique Time { pass p0 { VertexProgram = compile glslv TimeVS(); FragmentProgram = compile glslf TimePS(); } }
+)";
+
+std::string SceneFile(const std::string &nodes, const std::string &connections) {
+  return "<Velmor><Transitions/><Scenes><Scene Name=\"picture\"><Nodes>" + nodes + "</Nodes><Connections>" +
+         connections + "</Connections></Scene></Scenes></Velmor>";
+}
+
+std::string Text(const Rgb &c) {
+  return std::to_string(c[0]) + " " + std::to_string(c[1]) + " " + std::to_string(c[2]);
+}
+
+// A channel value of 0..1 as the 8-bit framebuffer holds it.
+int Byte(double v) { return static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0)); }
+
+bool Near(const Rgb &pixel, const Rgb &expected, int tolerance = 4) {
+  for (int i = 0; i < 3; ++i)
+    if (std::abs(pixel[i] - expected[i]) > tolerance) return false;
+  return true;
+}
+
+class Pictures : public testing::Test {
+ protected:
+  void SetUp() override {
+    VELMOR_REQUIRE_DISPLAY();
+    SetAppPaths(m_Dir / "app", m_Dir / "user");
+    m_Dir.Write("effects/FeedbackStep.cgfx", kFeedbackStep);
+    m_Dir.Write("effects/TimeRamp.cgfx", kTimeRamp);
+    m_Dir.Write("effects/RampTint.cgfx", kRampTint);
+    InstallBuiltinNodes();
+    m_Window = std::make_unique<GLWindow>(kWidth, kHeight);
+    ASSERT_TRUE(m_Window->Ok());
+    m_Engine = std::make_unique<CVelmor>();
+    const std::string shipped = ShippedEffects(), own = m_Dir / "effects";
+    m_Engine->m_RegisterEffectNodes = [shipped, own](CNodeFactory &factory) {
+      CNEFx::AddNodesToFactory(factory, shipped.c_str());
+      CNEFx::AddNodesToFactory(factory, own.c_str());
+    };
+    ASSERT_TRUE(m_Engine->Init());
+  }
+
+  void TearDown() override {
+    if (m_Scene) m_Scene->InvalidateDevice(&m_Window->render);
+    if (m_Window) m_Window->client.onRender = nullptr;
+    m_Scene.reset();
+    m_Engine.reset();
+    m_Window.reset();
+    SetAppPaths(".", ".");
+  }
+
+  // Loads the scene and plays `frames` frames of `dt` seconds; the picture
+  // of each frame, read before the swap leaves the back buffer undefined.
+  std::vector<std::vector<uint8_t>> Play(const std::string &nodes, const std::string &links, int frames,
+                                         float dt = 1.0f / 30) {
+    std::vector<std::vector<uint8_t>> pictures;
+    if (m_Scene) m_Scene->InvalidateDevice(&m_Window->render);
+    m_Scene.reset(m_Engine->LoadScene(m_Dir.Write("app/scenes/picture.vms", SceneFile(nodes, links))));
+    if (!m_Scene) {
+      ADD_FAILURE() << "scene did not load";
+      return pictures;
+    }
+    CRender &render = m_Window->render;
+    m_Scene->Activate();
+    EXPECT_TRUE(render.SwitchToRenderUnit(0));
+    m_Scene->RestoreDevice(&render);
+    m_Window->client.onRender = [&] {
+      m_Scene->Draw(&render);
+      pictures.push_back(m_Window->Pixels());
+    };
+    for (int frame = 0; frame < frames; ++frame) {
+      m_Scene->Update(dt);
+      render.Render3DEnvironment(false);
+      m_Scene->FrameFinished();
+    }
+    m_Window->client.onRender = nullptr;
+    EXPECT_EQ(static_cast<int>(pictures.size()), frames);
+    EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
+    return pictures;
+  }
+
+  Rgb At(const std::vector<uint8_t> &picture, int x, int y) const { return m_Window->Pixel(picture, x, y); }
+
+  TempDir m_Dir;
+  std::unique_ptr<GLWindow> m_Window;
+  std::unique_ptr<CVelmor> m_Engine;
+  std::unique_ptr<CScene> m_Scene;
+};
+
+// A full-screen rectangle drawn by `effect` (its node named Fx1), nothing else.
+std::string RectNodes(const std::string &effect) {
+  return R"(<Node Type="Screen" Name="Screen1"/><Node Type="RenderRect" Name="Rect1"/>)" + effect;
+}
+const char kRectLinks[] =
+    R"(<Connection Out="Rect1.Render" In="Screen1.Render"/><Connection Out="Fx1.Effect" In="Rect1.Effect"/>)";
+}  // namespace
+
+TEST_F(Pictures, ClearFillsTheScreenWithItsColor) {
+  const Rgb color{64, 128, 191};
+  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0.25 0.5 0.75 1"/>)",
+                       R"(<Connection Out="Clear1.Render" In="Screen1.Render"/>)", 2);
+  ASSERT_EQ(pictures.size(), 2u);
+  for (int y = 0; y < kHeight; y += 7)
+    for (int x = 0; x < kWidth; x += 9) {
+      const Rgb pixel = At(pictures.back(), x, y);
+      ASSERT_TRUE(Near(pixel, color, 2)) << x << "," << y << ": " << Text(pixel);
+    }
+}
+
+// The default text lights each point by one minus its distance from the
+// centre, in texture units stretched to -1..1 across the rectangle.
+TEST_F(Pictures, ShaderDefaultTextDrawsARadialFalloffOnARenderRect) {
+  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 0 1"/>
+    <Node Type="RenderRect" Name="Rect1"/><Node Type="Shader" Name="Fx1"/>)",
+                       R"(<Connection Out="Clear1.Render" In="Rect1.Render"/>
+    <Connection Out="Rect1.Render" In="Screen1.Render"/><Connection Out="Fx1.Effect" In="Rect1.Effect"/>)",
+                       2);
+  ASSERT_EQ(pictures.size(), 2u);
+  const struct {
+    int x, y;
+  } points[] = {{kWidth / 2, kHeight / 2}, {kWidth / 4, kHeight / 2}, {kWidth / 2, kHeight / 4},
+                {kWidth * 3 / 4, kHeight * 3 / 4}, {kWidth * 7 / 8, kHeight / 2}, {kWidth / 8, kHeight / 8},
+                {kWidth * 5 / 8, kHeight * 3 / 8}, {2, 2}, {kWidth - 3, kHeight - 3}};
+  for (const auto &p : points) {
+    const double u = -1.0 + 2.0 * (p.x + 0.5) / kWidth, v = -1.0 + 2.0 * (p.y + 0.5) / kHeight;
+    const int grey = Byte(1.0 - std::hypot(u, v));
+    const Rgb pixel = At(pictures.back(), p.x, p.y);
+    EXPECT_TRUE(Near(pixel, {grey, grey, grey}, 5)) << p.x << "," << p.y << ": " << Text(pixel) << ", expected " << grey;
+  }
+}
+
+// The camera sits at z -2 looking along +z with a 45 degree vertical field;
+// the renderer's projection makes clip w the view depth plus one. The face
+// nearest the camera, at depth 2 - size / 2, is the silhouette.
+TEST_F(Pictures, CubeUnderRenderObjectCoversItsProjectedSquare) {
+  const Rgb green{0, 255, 0}, blue{0, 0, 255};
+  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
+    <Node Type="RenderObject" Name="Object1"/><Node Type="MeshObject" Name="Mesh1"/><Node Type="Cube" Name="Cube1"/>
+    <Node Type="FlatColor" Name="Flat1" Color="0 1 0 1"/>)",
+                       R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
+    <Connection Out="Object1.Render" In="Screen1.Render"/><Connection Out="Mesh1.Object" In="Object1.Object"/>
+    <Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/><Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)",
+                       2);
+  ASSERT_EQ(pictures.size(), 2u);
+  const double size = 1.0, camDistance = 2.0, fov = 45.0 * M_PI / 180.0;
+  const double w = (camDistance - size / 2) + 1.0;
+  const double halfNdc = (size / 2) / (std::tan(fov / 2) * w);
+  // Horizontally the aspect in the projection cancels the wider viewport.
+  const double expectedSide = 2.0 * halfNdc * kHeight / 2;
+
+  const auto &picture = pictures.back();
+  int across = 0, down = 0, left = kWidth, top = kHeight;
+  for (int x = 0; x < kWidth; ++x)
+    if (Near(At(picture, x, kHeight / 2), green)) ++across, left = std::min(left, x);
+  for (int y = 0; y < kHeight; ++y)
+    if (Near(At(picture, kWidth / 2, y), green)) ++down, top = std::min(top, y);
+  EXPECT_NEAR(across, expectedSide, 2.0);
+  EXPECT_NEAR(down, expectedSide, 2.0);
+  EXPECT_NEAR(left + across / 2.0, kWidth / 2.0, 1.5);
+  EXPECT_NEAR(top + down / 2.0, kHeight / 2.0, 1.5);
+  EXPECT_TRUE(Near(At(picture, 2, 2), blue)) << Text(At(picture, 2, 2));
+}
+
+// A wide slab above the horizon fills the top half red over a blue Clear.
+// Drawn straight to the screen and through a texture the picture must agree.
+TEST_F(Pictures, RenderToTextureKeepsTheTopOnTop) {
+  const std::string kSlab = R"(<Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
+    <Node Type="RenderObject" Name="Object1" Pos="0 10 0"/><Node Type="MeshObject" Name="Mesh1"/>
+    <Node Type="Cube" Name="Cube1" Size="40 20 0.01"/><Node Type="FlatColor" Name="Flat1" Color="1 0 0 1"/>)";
+  const char kSlabLinks[] = R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
+    <Connection Out="Mesh1.Object" In="Object1.Object"/><Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/>
+    <Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)";
+  const Rgb red{255, 0, 0}, blue{0, 0, 255};
+  auto check = [&](const std::vector<uint8_t> &picture) {
+    for (int x : {4, kWidth / 2, kWidth - 5}) {
+      for (int y : {3, kHeight / 4, kHeight / 2 - 4})
+        EXPECT_TRUE(Near(At(picture, x, y), red)) << x << "," << y << ": " << Text(At(picture, x, y));
+      for (int y : {kHeight / 2 + 4, kHeight * 3 / 4, kHeight - 4})
+        EXPECT_TRUE(Near(At(picture, x, y), blue)) << x << "," << y << ": " << Text(At(picture, x, y));
+    }
+  };
+  {
+    SCOPED_TRACE("on the screen");
+    auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/>)" + kSlab,
+                         std::string(kSlabLinks) + R"(<Connection Out="Object1.Render" In="Screen1.Render"/>)", 2);
+    ASSERT_EQ(pictures.size(), 2u);
+    check(pictures.back());
+  }
+  {
+    SCOPED_TRACE("through RenderToTexture");
+    auto pictures = Play(RectNodes(R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>
+      <Node Type="RenderToTexture" Name="Rtt1"/>)") + kSlab,
+                         std::string(kSlabLinks) + kRectLinks + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
+      <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)",
+                         2);
+    ASSERT_EQ(pictures.size(), 2u);
+    check(pictures.back());
+  }
+}
+
+// The texture feeds the rectangle drawn into it: ColorNext holds the last
+// frame's picture (cleared to black before the first), and each frame adds
+// a quarter. The screen shows each frame's result.
+TEST_F(Pictures, ColorNextFeedbackBuildsOnTheLastFrame) {
+  auto pictures = Play(
+      RectNodes(R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>
+    <Node Type="RenderToTexture" Name="Rtt1"/><Node Type="RenderRect" Name="Rect2"/>
+    <Node Type="FeedbackStep" Name="Step1" DepthTest="false" DepthWrite="false"/>)"),
+      std::string(kRectLinks) + R"(<Connection Out="Rtt1.Color" In="Fx1.Texture"/>
+    <Connection Out="Rect2.Render" In="Rtt1.Render"/><Connection Out="Step1.Effect" In="Rect2.Effect"/>
+    <Connection Out="Rtt1.ColorNext" In="Step1.Last"/>)",
+      5);
+  ASSERT_EQ(pictures.size(), 5u);
+  for (int frame = 0; frame < 5; ++frame) {
+    const int grey = Byte(0.25 * (frame + 1));
+    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{3, 3}, std::pair{kWidth - 4, kHeight - 4}}) {
+      const Rgb pixel = At(pictures[frame], x, y);
+      EXPECT_TRUE(Near(pixel, {grey, grey, grey}, 6))
+          << "frame " << frame << " at " << x << "," << y << ": " << Text(pixel) << ", expected " << grey;
+    }
+  }
+}
+
+TEST_F(Pictures, TimeParameterFollowsTheSceneTime) {
+  constexpr float kStep = 0.3f;
+  auto pictures = Play(RectNodes(R"(<Node Type="TimeRamp" Name="Fx1" DepthTest="false"/>)"), kRectLinks, 5, kStep);
+  ASSERT_EQ(pictures.size(), 5u);
+  for (int frame = 0; frame < 5; ++frame) {
+    const double time = kStep * (frame + 1);
+    const int red = Byte(time - std::floor(time));
+    const Rgb pixel = At(pictures[frame], kWidth / 3, kHeight / 3);
+    EXPECT_TRUE(Near(pixel, {red, 0, 0}, 3)) << "time " << time << ": " << Text(pixel);
+  }
+}
+
+// An effect that multiplies a texture with a colour shows the colour when
+// nothing is connected, for 2D and 1D samplers alike.
+TEST_F(Pictures, OpenTexturePortsSampleWhite) {
+  const Rgb tint{51, 153, 204};
+  for (const char *type : {"Textured", "RampTint"}) {
+    SCOPED_TRACE(type);
+    auto pictures = Play(RectNodes(std::string(R"(<Node Type=")") + type +
+                                   R"(" Name="Fx1" Color="0.2 0.6 0.8 1" DepthTest="false"/>)"),
+                         kRectLinks, 2);
+    ASSERT_EQ(pictures.size(), 2u);
+    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{5, 5}, std::pair{kWidth - 6, kHeight - 6}}) {
+      const Rgb pixel = At(pictures.back(), x, y);
+      EXPECT_TRUE(Near(pixel, tint, 3)) << x << "," << y << ": " << Text(pixel);
+    }
+  }
+}
