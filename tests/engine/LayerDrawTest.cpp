@@ -25,9 +25,9 @@ class LayerDraw : public testing::Test {
     post.nodes += kPreviousLayer;
     postprocessing.reset(Load(post));
   }
-  CScene *Load(const LayerSceneSpec &spec) {
-    CScene *scene = engine.LoadScene(Expand(files.Scene(spec)));
-    EXPECT_NE(scene, nullptr) << spec.name;
+  CScene *Load(const LayerSceneSpec &sceneDesc) {
+    CScene *scene = engine.LoadScene(Expand(files.Scene(sceneDesc)));
+    EXPECT_NE(scene, nullptr) << sceneDesc.name;
     return scene;
   }
   // One frame of `layered` on a unit of 320 x 200 whose viewport is its

@@ -42,9 +42,9 @@ class LayerFiles {
   ~LayerFiles() { SetAppPaths(".", "."); }
 
   // Writes scenes/<name>.vms and returns its "[apppath]" form.
-  std::string Scene(const LayerSceneSpec &spec) const {
-    dir.Write("app/scenes/" + spec.name + ".vms", LayerSceneText(spec));
-    return "[apppath]scenes/" + spec.name + ".vms";
+  std::string Scene(const LayerSceneSpec &sceneDesc) const {
+    dir.Write("app/scenes/" + sceneDesc.name + ".vms", LayerSceneText(sceneDesc));
+    return "[apppath]scenes/" + sceneDesc.name + ".vms";
   }
   // A project with the standalone scenes and the three pools, by file.
   std::string Project(const std::vector<std::string> &scenes, const std::vector<std::string> &backgrounds,
