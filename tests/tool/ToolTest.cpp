@@ -104,3 +104,14 @@ TEST(ToolCatalogue, ListsBuiltInAndEffectFileTypes) {
   EXPECT_NE(r.out.find("<NodeInfo Type=\"SpecularLit\""), std::string::npos);
   EXPECT_NE(r.out.find("<Port Type=\"Effect\" Name=\"Effect\""), std::string::npos);
 }
+
+TEST(ToolInfo, NamesTheDisplayTheMonitorsAndTheGL) {
+  if (!getenv("DISPLAY")) GTEST_SKIP() << "DISPLAY is not set: info needs an X server";
+  Result r = Tool(Assets(), "info");
+  ASSERT_EQ(r.status, 0);
+  EXPECT_EQ(r.out.rfind(std::string("display: ") + getenv("DISPLAY") + "\n", 0), 0u) << r.out;
+  EXPECT_NE(r.out.find("\nmonitor 0: "), std::string::npos);
+  EXPECT_NE(r.out.find("\ngl version: "), std::string::npos);
+  EXPECT_NE(r.out.find("\ngl 2.0: yes\n"), std::string::npos);
+  EXPECT_NE(r.out.find("\nframebuffer objects: yes\n"), std::string::npos);
+}
