@@ -9,6 +9,8 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   # rendering tests run for real under a virtual X server
   xvfb xauth x11-xserver-utils libgl1-mesa-dri
+  # the program's own end-to-end tests move the pointer through XTest
+  libxtst-dev
   # emitted effect GLSL is checked strictly in the tests
   glslang-tools
   # libraries

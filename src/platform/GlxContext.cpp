@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <map>
 
 #include "core/Log.h"
 #include "platform/X11ErrorTrap.h"
@@ -83,12 +84,15 @@ class CGlxContext final : public IGLContext {
 
   bool MakeCurrent(WindowHandle window) override {
     CX11ErrorTrap trap(m_Display);
-    Bool ok = window ? glXMakeCurrent(m_Display, window, m_Context) : glXMakeCurrent(m_Display, None, nullptr);
+    const GLXWindow drawable = window ? DrawableOf(window) : 0;
+    if (window && !drawable) return false;
+    Bool ok = glXMakeContextCurrent(m_Display, drawable, drawable, window ? m_Context : nullptr);
     return ok && !trap.Failed();
   }
 
   void SwapBuffers(WindowHandle window) override {
-    if (window) glXSwapBuffers(m_Display, window);
+    if (!window) return;
+    if (const GLXWindow drawable = DrawableOf(window)) glXSwapBuffers(m_Display, drawable);
   }
 
   bool SetSwapInterval(WindowHandle window, int interval) override {
@@ -116,13 +120,32 @@ class CGlxContext final : public IGLContext {
     if (glXGetCurrentContext() == m_Context) glXMakeCurrent(m_Display, None, nullptr);
     glXDestroyContext(m_Display, m_Context);
     m_Context = nullptr;
+    for (const auto &[window, drawable] : m_Drawables) glXDestroyWindow(m_Display, drawable);
+    m_Drawables.clear();
   }
 
  private:
+  // Each window gets a drawable of its own that lives as long as the
+  // context: Mesa frees a plain window's back buffer as soon as the context
+  // moves to another window, so the monitors drawn before the last one
+  // would never show their picture when all are presented together.
+  GLXWindow DrawableOf(WindowHandle window) {
+    auto it = m_Drawables.find(window);
+    if (it != m_Drawables.end()) return it->second;
+    if (!m_Config) return 0;
+    CX11ErrorTrap trap(m_Display);
+    GLXWindow drawable = glXCreateWindow(m_Display, m_Config, static_cast<Window>(window), nullptr);
+    XSync(m_Display, False);
+    if (!drawable || trap.Failed()) return 0;
+    m_Drawables[window] = drawable;
+    return drawable;
+  }
+
   Display *m_Display;
   GLXFBConfig m_Config = nullptr;
   unsigned long m_VisualId = 0;
   GLXContext m_Context = nullptr;
+  std::map<WindowHandle, GLXWindow> m_Drawables;
 };
 
 }  // namespace
