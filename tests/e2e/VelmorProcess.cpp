@@ -27,7 +27,8 @@ VelmorProcess::~VelmorProcess() {
 bool VelmorProcess::Start(const std::vector<std::string> &args, const std::vector<std::string> &extraEnv) {
   std::vector<std::string> env;
   for (char **e = environ; *e; ++e)
-    if (strncmp(*e, "XDG_CONFIG_HOME=", 16) && strncmp(*e, "XSCREENSAVER_WINDOW=", 20)) env.push_back(*e);
+    if (strncmp(*e, "XDG_CONFIG_HOME=", 16) && strncmp(*e, "XSCREENSAVER_WINDOW=", 20) && strncmp(*e, "ASAN_OPTIONS=", 13))
+      env.push_back(*e);
   env.push_back("XDG_CONFIG_HOME=" + m_Home.Path());
   // The ASan build reports Mesa's own driver allocations as leaks at exit;
   // they are not ours, and the program's leaks are checked by the unit tests.
