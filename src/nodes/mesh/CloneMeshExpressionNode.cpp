@@ -1,5 +1,7 @@
 #include "nodes/mesh/CloneMeshExpressionNode.h"
 
+#include "nodes/ExpressionPorts.h"
+
 #include "expr/ExprEvaluator.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
@@ -19,10 +21,7 @@ CNodeInfo *CCloneMeshExpressionNode::CreateInfo() {
   info->AddInPort(new CPortInt("NumObjectsX", "Number of objects to create in X", 3, 1, 10000));
   info->AddInPort(new CPortInt("NumObjectsY", "Number of objects to create in Y", 3, 1, 10000));
   info->AddInPort(new CPortInt("NumObjectsZ", "Number of objects to create in Z", 3, 1, 10000));
-  for (const char *name : {"In1", "In2", "In3", "In4", "In5"})
-    info->AddInPort(new CPortFloat(name, "Input value 1", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(
-      new CPortInt("RandomSeed", "Random seed to be used by the rand() and srand() functions", 1, 1, 100000));
+  AddExpressionInputPorts(*info, true);
   info->AddInPort(new CPortString(
       "Expression",
       "Expression to be evaluated for each cloned object. x/y/z contains the index of the current object. "

@@ -1,5 +1,7 @@
 #include "nodes/value/ExpressionNode.h"
 
+#include "nodes/ExpressionPorts.h"
+
 #include "core/Random.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortValues.h"
@@ -8,13 +10,7 @@ CNodeInfo *CExpressionNode::CreateInfo() {
   auto *info = new CNodeInfo(
       7, "Expression", [] { return static_cast<CNode *>(new CExpressionNode); },
       "Math expression evaluator. Please see the website for a detailed description of this node");
-  info->AddInPort(new CPortFloat("In1", "Input value 1", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(new CPortFloat("In2", "Input value 2", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(new CPortFloat("In3", "Input value 3", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(new CPortFloat("In4", "Input value 4", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(new CPortFloat("In5", "Input value 5", 0.0f, 0.01f, -10000.0f, 10000.0f));
-  info->AddInPort(
-      new CPortInt("RandomSeed", "Random seed to be used by the rand() and srand() functions", 1, 1, 100000));
+  AddExpressionInputPorts(*info, false);
   info->AddInPort(new CPortString(
       "Expression",
       "Expression to be evaluated. Inputs are in1,in2,in3,in4,in5,time(local or scene), scenetime (always scene "
