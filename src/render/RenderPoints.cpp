@@ -78,56 +78,53 @@ void CRenderPoints::DrawVertices(CRender *render, int total) {
   }
 }
 
+template <typename Write>
+void CRenderPoints::DrawSpriteQuads(CRender *render, int total, int quadsPerSprite, Write write) {
+  const int chunk = RingBuffer(render)->m_Size / (4 * quadsPerSprite);
+  const Sprite *sprites = Sprites();
+  for (int done = 0; done < total;) {
+    const int n = std::min(total - done, chunk);
+    auto *out = static_cast<VertexPCT *>(RingBuffer(render)->Lock());
+    for (int i = 0; i < n; ++i) out = write(sprites[done + i], out);
+    RingBuffer(render)->Unlock();
+    DrawQuadChunk(render, quadsPerSprite * n);
+    done += n;
+  }
+}
+
 void CRenderPoints::DrawSprites(CRender *render, int total) {
   // Camera-facing: the view's right and up axes in the object's space.
   const CMatrix wv = *render->GetTransform(TS_World) * *render->GetTransform(TS_View);
   const CVector3 r{wv(0, 0), wv(1, 0), wv(2, 0)}, up{wv(0, 1), wv(1, 1), wv(2, 1)};
   const CVector3 sum = up + r, diff = r - up;
-  const int chunk = RingBuffer(render)->m_Size / 4;
-  const Sprite *sprites = Sprites();
-  for (int done = 0; done < total;) {
-    const int n = std::min(total - done, chunk);
-    auto *out = static_cast<VertexPCT *>(RingBuffer(render)->Lock());
-    for (int i = 0; i < n; ++i) {
-      const Sprite &s = sprites[done + i];
-      auto corner = [&](const CVector3 &d, float sign, float u, float v) {
-        return VertexPCT{s.x + sign * s.sx * d.x, s.y + sign * s.sy * d.y, s.z + sign * s.sz * d.z, u, v, s.color};
-      };
-      *out++ = corner(sum, -1.0f, 0.0f, 0.0f);
-      *out++ = corner(diff, 1.0f, 1.0f, 0.0f);
-      *out++ = corner(diff, -1.0f, 0.0f, 1.0f);
-      *out++ = corner(sum, 1.0f, 1.0f, 1.0f);
-    }
-    RingBuffer(render)->Unlock();
-    DrawQuadChunk(render, n);
-    done += n;
-  }
+  DrawSpriteQuads(render, total, 1, [&](const Sprite &s, VertexPCT *out) {
+    auto corner = [&](const CVector3 &d, float sign, float u, float v) {
+      return VertexPCT{s.x + sign * s.sx * d.x, s.y + sign * s.sy * d.y, s.z + sign * s.sz * d.z, u, v, s.color};
+    };
+    *out++ = corner(sum, -1.0f, 0.0f, 0.0f);
+    *out++ = corner(diff, 1.0f, 1.0f, 0.0f);
+    *out++ = corner(diff, -1.0f, 0.0f, 1.0f);
+    *out++ = corner(sum, 1.0f, 1.0f, 1.0f);
+    return out;
+  });
 }
 
 void CRenderPoints::DrawAxisSprites(CRender *render, int total) {
-  const int chunk = RingBuffer(render)->m_Size / 12;
-  const Sprite *sprites = Sprites();
-  for (int done = 0; done < total;) {
-    const int n = std::min(total - done, chunk);
-    auto *out = static_cast<VertexPCT *>(RingBuffer(render)->Lock());
-    for (int i = 0; i < n; ++i) {
-      const Sprite &s = sprites[done + i];
-      auto put = [&](float x, float y, float z, float u, float v) { *out++ = VertexPCT{x, y, z, u, v, s.color}; };
-      put(s.x - s.sx, s.y + s.sy, s.z, 0, 0);
-      put(s.x - s.sx, s.y - s.sy, s.z, 1, 0);
-      put(s.x + s.sx, s.y + s.sy, s.z, 0, 1);
-      put(s.x + s.sx, s.y - s.sy, s.z, 1, 1);
-      put(s.x - s.sx, s.y, s.z + s.sz, 0, 0);
-      put(s.x - s.sx, s.y, s.z - s.sz, 1, 0);
-      put(s.x + s.sx, s.y, s.z + s.sz, 0, 1);
-      put(s.x + s.sx, s.y, s.z - s.sz, 1, 1);
-      put(s.x, s.y - s.sy, s.z + s.sz, 0, 0);
-      put(s.x, s.y - s.sy, s.z - s.sz, 1, 0);
-      put(s.x, s.y + s.sy, s.z + s.sz, 0, 1);
-      put(s.x, s.y + s.sy, s.z - s.sz, 1, 1);
-    }
-    RingBuffer(render)->Unlock();
-    DrawQuadChunk(render, 3 * n);
-    done += n;
-  }
+  // Three quads through the centre, one across each pair of axes.
+  DrawSpriteQuads(render, total, 3, [](const Sprite &s, VertexPCT *out) {
+    auto put = [&](float x, float y, float z, float u, float v) { *out++ = VertexPCT{x, y, z, u, v, s.color}; };
+    put(s.x - s.sx, s.y + s.sy, s.z, 0, 0);
+    put(s.x - s.sx, s.y - s.sy, s.z, 1, 0);
+    put(s.x + s.sx, s.y + s.sy, s.z, 0, 1);
+    put(s.x + s.sx, s.y - s.sy, s.z, 1, 1);
+    put(s.x - s.sx, s.y, s.z + s.sz, 0, 0);
+    put(s.x - s.sx, s.y, s.z - s.sz, 1, 0);
+    put(s.x + s.sx, s.y, s.z + s.sz, 0, 1);
+    put(s.x + s.sx, s.y, s.z - s.sz, 1, 1);
+    put(s.x, s.y - s.sy, s.z + s.sz, 0, 0);
+    put(s.x, s.y - s.sy, s.z - s.sz, 1, 0);
+    put(s.x, s.y + s.sy, s.z + s.sz, 0, 1);
+    put(s.x, s.y + s.sy, s.z - s.sz, 1, 1);
+    return out;
+  });
 }

@@ -63,6 +63,10 @@ class CRenderPoints : public CBatchRender {
   void DrawVertices(CRender *render, int total);
   void DrawSprites(CRender *render, int total);
   void DrawAxisSprites(CRender *render, int total);
+  // Fills the ring a buffer's worth of sprites at a time, `quadsPerSprite`
+  // quads each through `write`, and draws each chunk.
+  template <typename Write>
+  void DrawSpriteQuads(CRender *render, int total, int quadsPerSprite, Write write);
 
   std::vector<uint32_t> m_Words;  // word-aligned records
   int m_Count = 0;
