@@ -48,6 +48,45 @@ void BM_ProcessFrame(benchmark::State &state) {
 }
 BENCHMARK(BM_ProcessFrame);
 
+// The two kernels on their own, with every set this processor runs.
+void BM_TransformPair(benchmark::State &state) {
+  const SoundKernels &kernels = *AvailableSoundKernels()[state.range(0)];
+  state.SetLabel(kernels.name);
+  auto fft = std::make_unique<CSoundFFT>(kernels);
+  SoundFrame frame;
+  FillFrame(frame, 3);
+  float left[576], right[576], out[2][512];
+  for (int n = 0; n < 576; ++n) {
+    left[n] = frame.samples[2 * n];
+    right[n] = frame.samples[2 * n + 1];
+  }
+  for (auto _ : state) {
+    fft->TransformPair(left, right, out[0], out[1]);
+    benchmark::DoNotOptimize(out[0][7]);
+  }
+}
+BENCHMARK(BM_TransformPair)->DenseRange(0, static_cast<int>(AvailableSoundKernels().size()) - 1);
+
+void BM_Align(benchmark::State &state) {
+  const SoundKernels &kernels = *AvailableSoundKernels()[state.range(0)];
+  state.SetLabel(kernels.name);
+  CWaveformAligner aligner(kernels);
+  SoundFrame frames[8];
+  for (int i = 0; i < 8; ++i) FillFrame(frames[i], i);
+  float wave[2][576];
+  int i = 0;
+  for (auto _ : state) {
+    const SoundFrame &frame = frames[i++ & 7];
+    for (int n = 0; n < 576; ++n) {
+      wave[0][n] = frame.samples[2 * n];
+      wave[1][n] = frame.samples[2 * n + 1];
+    }
+    aligner.Align(wave);
+    benchmark::DoNotOptimize(wave[0][0]);
+  }
+}
+BENCHMARK(BM_Align)->DenseRange(0, static_cast<int>(AvailableSoundKernels().size()) - 1);
+
 // One update step of the program: a poll that reads 735 pairs (1/60 s) from
 // a source, frames them, and analyses what completed.
 class CSteadySource final : public ISoundSource {

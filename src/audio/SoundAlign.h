@@ -4,11 +4,15 @@
 // samples so that its shown part matches what was shown last time, searched
 // coarse to fine over halved copies of both.
 
+#include "audio/SoundKernels.h"
+
 class CWaveformAligner {
  public:
-  static constexpr int Samples = 576;
-  static constexpr int Shown = 480;
+  static constexpr int Samples = SoundAlignTables::Samples;
+  static constexpr int Shown = SoundAlignTables::Shown;
   static constexpr int Channels = 2;
+
+  explicit CWaveformAligner(const SoundKernels &kernels = ChosenSoundKernels()) : m_Kernels(&kernels) {}
 
   // Shifts both channels in place: sample i takes sample i + offset for the
   // shown part, and the rest becomes 0. The unshifted samples become the
@@ -18,8 +22,7 @@ class CWaveformAligner {
   int Offset(int channel) const { return m_Offsets[channel]; }
 
  private:
-  int Search(const float *current, const float *previous) const;
-
+  const SoundKernels *m_Kernels;
   float m_Previous[Channels][Samples] = {};
   int m_Offsets[Channels] = {};
 };

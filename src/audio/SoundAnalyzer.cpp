@@ -105,7 +105,7 @@ void CSoundAnalyzer::ProcessFrame(const SoundFrame &frame, float fps) {
   m_SpectrumSize = SpectrumLookup;
   static_assert(WaveformSize % 4 == 0);
   for (int i = 0; i < WaveformSize; i += 4) {
-    const V4 a = Load(frame.samples + 2 * i), b = Load(frame.samples + 2 * i + 4);
+    const V4 a = Load<V4>(frame.samples + 2 * i), b = Load<V4>(frame.samples + 2 * i + 4);
     Store(m_Waveform[0] + i, Evens(a, b));
     Store(m_Waveform[1] + i, Odds(a, b));
   }
@@ -115,17 +115,8 @@ void CSoundAnalyzer::ProcessFrame(const SoundFrame &frame, float fps) {
 }
 
 void CSoundAnalyzer::AnalyzeBands(float fps) {
-  // A gentle low-pass against aliasing before the transform.
-  float filtered[Channels][WaveformSize];
-  for (int c = 0; c < Channels; ++c) {
-    const float *x = m_Waveform[c];
-    float *y = filtered[c];
-    y[0] = x[0];
-    int i = 1;
-    for (; i + 4 <= WaveformSize; i += 4) Store(y + i, (Load(x + i) + Load(x + i - 1)) * 0.5f);
-    for (; i < WaveformSize; ++i) y[i] = (x[i] + x[i - 1]) * 0.5f;
-  }
-  m_FFT.TransformPair(filtered[0], filtered[1], m_Spectrum[0], m_Spectrum[1]);
+  // The transform low-passes against aliasing on its way in.
+  m_FFT.TransformPair(m_Waveform[0], m_Waveform[1], m_Spectrum[0], m_Spectrum[1]);
 
   const int *limits = BandLimits();
   for (int c = 0; c < Channels; ++c) {

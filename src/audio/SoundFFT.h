@@ -1,33 +1,26 @@
 #pragma once
-// The spectrum of one frame: 576 samples, Hann windowed, zero padded to a
-// 1024-point complex transform, as equalised magnitudes of 512 bins.
+// The spectrum of one frame: 576 samples through a gentle low-pass against
+// aliasing, Hann windowed, zero padded to a 1024-point complex transform, as
+// equalised magnitudes of 512 bins.
+
+#include "audio/SoundKernels.h"
 
 class CSoundFFT {
  public:
-  static constexpr int InputSize = 576;
-  static constexpr int Size = 1024;
-  static constexpr int Bins = Size / 2;
-  static_assert(InputSize % 4 == 0);
+  static constexpr int InputSize = SoundFFTTables::InputSize;
+  static constexpr int Size = SoundFFTTables::Size;
+  static constexpr int Bins = SoundFFTTables::Bins;
 
-  CSoundFFT();
+  explicit CSoundFFT(const SoundKernels &kernels = ChosenSoundKernels()) : m_Kernels(&kernels) {}
 
   // Spectra of two channels of InputSize samples each, Bins values out each.
-  void TransformPair(const float *left, const float *right, float *outLeft, float *outRight);
+  // The inputs are real, so one complex transform carries both.
+  void TransformPair(const float *left, const float *right, float *outLeft, float *outRight) {
+    m_Kernels->transformPair(m_Tables, m_Work, left, right, outLeft, outRight);
+  }
 
  private:
-  void LoadFirstStages(const float *left, const float *right);
-  void LaterStages();
-
-  int m_BitReverse[Size];
-  float m_Window[InputSize];
-  float m_Equalise[Bins];
-  // Windowed input; the zero padding past InputSize is never written.
-  float m_InRe[Size] = {};
-  float m_InIm[Size] = {};
-  alignas(16) float m_Re[Size];
-  alignas(16) float m_Im[Size];
-  // Twiddle factors of every stage, one after another: the stage of size s
-  // holds s / 2 of them from index s / 2 (so that wide stages are aligned).
-  alignas(16) float m_Cos[Size];
-  alignas(16) float m_Sin[Size];
+  const SoundKernels *m_Kernels;
+  SoundFFTTables m_Tables;
+  SoundFFTWork m_Work;
 };

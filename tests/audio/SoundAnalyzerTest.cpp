@@ -51,40 +51,6 @@ TEST(SoundAnalysis, SineOnABinPeaksThereWithTheEqualisation) {
   EXPECT_EQ(analyzer->m_Spectrum[1][0], 0.0f);
 }
 
-TEST(SoundAnalysis, TransformIsTheWindowedEqualisedDft) {
-  // Both channels at once must equal a direct DFT of each, Hann windowed
-  // over 576 samples and zero padded to 1024.
-  float left[576], right[576];
-  uint32_t seed = 7;
-  auto next = [&] {
-    seed = seed * 1664525u + 1013904223u;
-    return static_cast<float>(seed >> 8) / 16777216.0f - 0.5f;
-  };
-  for (int n = 0; n < 576; ++n) {
-    left[n] = next();
-    right[n] = 0.3f * next() + 0.2f;
-  }
-  auto fft = std::make_unique<CSoundFFT>();
-  float out[2][512];
-  fft->TransformPair(left, right, out[0], out[1]);
-  const float *in[2] = {left, right};
-  for (int c = 0; c < 2; ++c) {
-    double worst = 0, largest = 0;
-    for (int k = 0; k < 512; ++k) {
-      double re = 0, im = 0;
-      for (int n = 0; n < 576; ++n) {
-        const double x = in[c][n] * (0.5 + 0.5 * std::sin(n * 2 * Pi / 576 - Pi / 2));
-        re += x * std::cos(2 * Pi * k * n / 1024);
-        im -= x * std::sin(2 * Pi * k * n / 1024);
-      }
-      const double expected = -0.1 * std::log((512.0 - k) / 512.0) * std::hypot(re, im);
-      worst = std::max(worst, std::fabs(out[c][k] - expected));
-      largest = std::max(largest, expected);
-    }
-    EXPECT_LT(worst, 1e-5 * largest + 1e-6) << "channel " << c;
-  }
-}
-
 TEST(SoundAnalysis, BandLimitsNormalisationAndLevel) {
   const int *limits = CSoundAnalyzer::BandLimits();
   EXPECT_EQ(std::vector<int>(limits, limits + 4), (std::vector<int>{9, 35, 134, 512}));
@@ -142,58 +108,6 @@ TEST(SoundAnalysis, SmoothingFollowsTheFrameRate) {
     const double r1 = std::pow(0.2, e), r2 = std::pow(0.91, e);
     EXPECT_NEAR(a->m_Bands[1][0][0], std::pow(0.5, e) * r1 + v * (1 - r1), 1e-5);
     EXPECT_NEAR(a->m_Bands[2][0][0], std::pow(0.91, e) * r2 + v * (1 - r2), 1e-5);
-  }
-}
-
-TEST(SoundAnalysis, AlignmentKeepsAPeriodicWaveStill) {
-  CWaveformAligner aligner;
-  const double period = 64.7;  // 576 is no whole number of periods
-  float wave[2][576], shown[2][480];
-  int stream = 0;
-  double worstRaw = 0, worstShown[2] = {0, 0};
-  for (int frame = 0; frame < 40; ++frame, stream += 576) {
-    for (int i = 0; i < 576; ++i) {
-      wave[0][i] = Sine(stream + i, period);
-      wave[1][i] = Sine(stream + i, period / 3, 0.5);
-    }
-    const float raw0 = wave[0][0];
-    aligner.Align(wave);
-    for (int c = 0; c < 2; ++c) {
-      EXPECT_LE(aligner.Offset(c), 95);
-      if (aligner.Offset(c) > 0) {
-        for (int i = 480; i < 576; ++i) ASSERT_EQ(wave[c][i], 0.0f);
-      }
-    }
-    if (frame >= 2) {
-      worstRaw = std::max(worstRaw, std::fabs(double(raw0) - shown[0][0]));
-      for (int c = 0; c < 2; ++c)
-        for (int i = 0; i < 480; ++i)
-          worstShown[c] = std::max(worstShown[c], std::fabs(double(wave[c][i]) - shown[c][i]));
-    }
-    for (int c = 0; c < 2; ++c) std::copy(wave[c], wave[c] + 480, shown[c]);
-  }
-  EXPECT_GT(worstRaw, 0.5) << "unaligned frames would jump";
-  // Half a sample of phase at most between frames: amplitude * pi / period.
-  EXPECT_LT(worstShown[0], 1.01 * Pi / period);
-  EXPECT_LT(worstShown[1], 1.01 * 0.5 * Pi / (period / 3));
-
-  // Identical frames: once the first has set the reference, the same shift
-  // and the same picture every time.
-  CWaveformAligner same;
-  auto fill = [](float (&w)[2][576]) {
-    for (int i = 0; i < 576; ++i) w[0][i] = w[1][i] = static_cast<float>(std::sin(i * 0.37) + std::sin(i * 0.051));
-  };
-  fill(wave);
-  same.Align(wave);
-  fill(wave);
-  same.Align(wave);
-  const int offset = same.Offset(0);
-  std::copy(wave[0], wave[0] + 480, shown[0]);
-  for (int k = 0; k < 5; ++k) {
-    fill(wave);
-    same.Align(wave);
-    EXPECT_EQ(same.Offset(0), offset);
-    EXPECT_TRUE(std::equal(wave[0], wave[0] + 480, shown[0]));
   }
 }
 
