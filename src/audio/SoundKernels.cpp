@@ -33,9 +33,8 @@ SoundFFTTables::SoundFFTTables() {
 SoundAlignTables::SoundAlignTables() {
   octaves = std::min(SatInt(std::floor(std::log(static_cast<double>(MaxOffset)) / std::log(2.0))), MaxOctaves);
   for (int o = 0; o < octaves; ++o) {
-    samples[o] = Samples >> o;
     offsets[o] = MaxOffset >> o;
-    const int n = samples[o] - offsets[o];
+    const int n = (Samples >> o) - offsets[o];
     first[o] = -1;
     for (int i = 0; i < n; ++i) {
       const float ramp = static_cast<float>(i < n / 2 ? 2 * i : 2 * n - 2 - 2 * i) / static_cast<float>(n);

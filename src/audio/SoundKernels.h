@@ -37,9 +37,9 @@ struct SoundFFTWork {
   alignas(32) float outIm[SoundFFTTables::Size];
 };
 
-// Per octave of the waveform search: the samples of the current frame, the
-// offsets to try, and weights over the compared part that ignore both ends
-// and count the middle fully, with the first and last index that count.
+// Per octave of the waveform search: the offsets to try, and weights over
+// the compared part that ignore both ends and count the middle fully, with
+// the first and last index that count.
 struct SoundAlignTables {
   static constexpr int Samples = 576;
   static constexpr int Shown = 480;
@@ -49,7 +49,6 @@ struct SoundAlignTables {
   SoundAlignTables();
 
   int octaves = 0;
-  int samples[MaxOctaves] = {};
   int offsets[MaxOctaves] = {};
   int first[MaxOctaves] = {};
   int last[MaxOctaves] = {};

@@ -163,7 +163,7 @@ class MusicState : public testing::Test {
   }
 
   CScopedFakeClock m_Clock;
-  LogLines m_Log;
+  LogCapture m_Log;
   CSoundScriptedSource *m_Source = nullptr;
   std::unique_ptr<CSoundAnalyzer> m_Sound;
 };

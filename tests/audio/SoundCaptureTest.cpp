@@ -35,7 +35,7 @@ class Capture : public testing::Test {
   static float Tag(int n, int c) { return c == 0 ? static_cast<float>(n) : static_cast<float>(-n - 1); }
 
   CScopedFakeClock m_Clock;
-  LogLines m_Log;
+  LogCapture m_Log;
   CSoundCapture m_Capture;
   CSoundScriptedSource *m_Source = nullptr;
 };
@@ -215,7 +215,7 @@ TEST_F(Capture, FailureIsLoggedOnceThenRetriedQuietly) {
   EXPECT_TRUE(m_Capture.IsRunning());
   m_Source->Queue(Samples(100, 2, Tag));
   EXPECT_TRUE(Poll());
-  EXPECT_EQ(m_Log.Count("Sound capture resumed"), 1);
+  EXPECT_EQ(CountLines(m_Log, "Sound capture resumed"), 1);
 
   // It goes away while running: logged (it is news), stopped, silent.
   const int stops = m_Source->stops;
@@ -267,6 +267,6 @@ TEST_F(Capture, EveryFailingStepHasItsMessage) {
   m_Clock.clock.Advance(5.0);
   Poll();
   EXPECT_TRUE(m_Capture.IsRunning()) << "the extensible tag is taken as float";
-  EXPECT_EQ(m_Log.Count("Mixer format. Bytepersec:352800 Block:8 Channels:2 SamplesPerSec:44100 BitsPerSample:32 Format:fffe"), 0)
+  EXPECT_EQ(CountLines(m_Log, "Mixer format. Bytepersec:352800 Block:8 Channels:2 SamplesPerSec:44100 BitsPerSample:32 Format:fffe"), 0)
       << "retries stay quiet";
 }

@@ -1,8 +1,8 @@
 #pragma once
 // Shared by the audio tests: packets made from functions of the sample index,
-// and a log sink that keeps every line.
+// and counting what the log said.
 
-#include "core/Log.h"
+#include "support/LogCapture.h"
 
 #include <cmath>
 #include <functional>
@@ -25,22 +25,10 @@ inline float Sine(int n, double period, double amplitude = 1.0) {
   return static_cast<float>(amplitude * std::sin(2.0 * Pi * n / period));
 }
 
-class LogLines {
- public:
-  LogLines() { SetLogSink(&LogLines::Sink, this); }
-  ~LogLines() { SetLogSink(nullptr, nullptr); }
-  std::vector<std::string> errors, lines;
-  int Count(const std::string &text) const {
-    int n = 0;
-    for (const std::string &l : lines) n += l == text;
-    return n;
-  }
-
- private:
-  static void Sink(const char *text, bool isError, void *user) {
-    auto *self = static_cast<LogLines *>(user);
-    self->lines.push_back(text);
-    if (isError) self->errors.push_back(text);
-  }
-};
+// How many logged lines read exactly `text`.
+inline int CountLines(const LogCapture &log, const std::string &text) {
+  int n = 0;
+  for (const std::string &l : log.lines) n += l == text;
+  return n;
+}
 }  // namespace SoundTest
