@@ -62,6 +62,7 @@ class FrameLoop : public testing::Test {
     host.SetDesktop(&desktop);
     host.m_AppType = APPTYPE_Default;
     clk().frequency = 1000000;
+    host.m_MaxFps = 0;  // no limiter unless a test asks for one
   }
   ~FrameLoop() override { MessageQueue().Clear(); }
   CFakeClock &clk() { return fake.clock; }
@@ -81,7 +82,6 @@ class FrameLoop : public testing::Test {
 }  // namespace
 
 TEST_F(FrameLoop, FirstFramesTakeANominalStepWhateverTheClockSays) {
-  host.m_MaxFps = 0;
   Frames(2, 0.7);
   EXPECT_FLOAT_EQ(host.m_Fps, 30.0f);
   ASSERT_EQ(app.updates.size(), 2u);
@@ -91,7 +91,6 @@ TEST_F(FrameLoop, FirstFramesTakeANominalStepWhateverTheClockSays) {
 }
 
 TEST_F(FrameLoop, SlowFramesAreCappedAtAQuarterSecondOfSimulation) {
-  host.m_MaxFps = 0;
   Frames(200, 0.5);  // 2 frames per second
   EXPECT_NEAR(host.m_Fps, 2.0f, 0.05f);
   app.updates.clear();
@@ -103,7 +102,6 @@ TEST_F(FrameLoop, SlowFramesAreCappedAtAQuarterSecondOfSimulation) {
 }
 
 TEST_F(FrameLoop, RemaindersAreCarriedNotLost) {
-  host.m_MaxFps = 0;
   // Just under 30 fps: each frame is one step plus a sliver that piles up.
   const double frame = 0.0334;
   Frames(300, frame);
@@ -121,7 +119,6 @@ TEST_F(FrameLoop, RemaindersAreCarriedNotLost) {
 }
 
 TEST_F(FrameLoop, EstimatorFollowsRealChangesAndIgnoresStalls) {
-  host.m_MaxFps = 0;
   Frames(200, 1.0 / 60.0);
   EXPECT_NEAR(host.m_Fps, 60.0f, 0.5f);
   Frames(1, 10.0);  // a stall counts as one nominal frame
@@ -187,7 +184,6 @@ TEST_F(FrameLoop, LimiterSleepsInFinerStepsUntilTheFrameIsDue) {
 TEST_F(FrameLoop, ShutdownGoesCloseDestroyQuit) {
   LogCapture log;
   app.closeAfter = 4;
-  host.m_MaxFps = 0;
   EXPECT_TRUE(host.RunApp());
   EXPECT_EQ(app.updates.front(), 0.0001f);
   EXPECT_EQ(desktop.destroyed, std::vector<WindowHandle>{0});
@@ -214,7 +210,6 @@ TEST_F(FrameLoop, ShutdownGoesCloseDestroyQuit) {
 
 TEST_F(FrameLoop, AnotherScreensaverPausesTheVisualizerWithoutAJump) {
   LogCapture log;
-  host.m_MaxFps = 0;
   Frames(10, 1.0 / 30.0);
   const size_t updates = app.updates.size();
   const int frames = host.m_FrameCount;

@@ -41,6 +41,7 @@ class ScreensaverHost : public testing::Test {
   }
   void Move(CAppTypeScreensaver &host, int x, int y) { host.WinProc(0, WM_MOUSEMOVE, 0, MakePointParam(x, y)); }
 
+  LogCapture log;
   CScopedFakeClock clock;
   TempDir dir;
   FakeUserApp app;
@@ -60,7 +61,6 @@ TEST_F(ScreensaverHost, ModesWithoutWindowsStartNothing) {
 }
 
 TEST_F(ScreensaverHost, StartFailuresAreReported) {
-  LogCapture log;
   auto noRenderer = std::make_unique<CAppTypeScreensaver>(&app, [] { return std::unique_ptr<CRender>(); });
   EXPECT_FALSE(noRenderer->Init("/s"));
   EXPECT_EQ(log.LastError(), "Unable to find a render system that could run!");
@@ -75,7 +75,6 @@ TEST_F(ScreensaverHost, StartFailuresAreReported) {
 }
 
 TEST_F(ScreensaverHost, FullScreenEndsOnTheSixthRealMoveAClickOrAKey) {
-  LogCapture log;
   auto host = Host(&app);
   ASSERT_TRUE(host->Init("/s"));
   EXPECT_EQ(host->m_Mode, MODE_FullScreen);
@@ -99,7 +98,6 @@ TEST_F(ScreensaverHost, FullScreenEndsOnTheSixthRealMoveAClickOrAKey) {
 }
 
 TEST_F(ScreensaverHost, PreviewAndTestWindowsOutliveInput) {
-  LogCapture log;
   auto preview = Host(&app);
   ASSERT_TRUE(preview->Init("/p 77"));
   EXPECT_EQ(render->Calls("CreateScreen 1 77").size(), 1u);
@@ -128,7 +126,6 @@ TEST_F(ScreensaverHost, PreviewAndTestWindowsOutliveInput) {
 }
 
 TEST_F(ScreensaverHost, MonitorPowerAndSuspendPauseOnlyWhereTheyShould) {
-  LogCapture log;
   auto host = Host(&app);
   ASSERT_TRUE(host->Init("/s"));
   host->WinProc(0, WM_SYSCOMMAND, 0xF170, 2);
@@ -151,7 +148,6 @@ TEST_F(ScreensaverHost, MonitorPowerAndSuspendPauseOnlyWhereTheyShould) {
 }
 
 TEST_F(ScreensaverHost, ConfigurationSetsTheEngineAndTheRenderer) {
-  LogCapture log;
   dir.Write("config.xml",
             "<Velmor><Screensaver Project=\"[userpath]mine.vmp\" SceneMinRunTime=\"12\" SceneMaxRunTime=\"34\" "
             "AutoGotoNextScene=\"false\" RandomizeScene=\"true\" CaptureSound=\"false\" MaxSilenceTime=\"7\">"

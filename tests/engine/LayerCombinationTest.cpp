@@ -191,6 +191,5 @@ TEST(LayerCompatibility, ALayeredOtherIsAlwaysWelcome) {
   CSceneLayered layered(&other, nullptr, nullptr);
   EXPECT_EQ(scene.GetCompatibility(&other), 0);
   EXPECT_EQ(scene.GetCompatibility(&layered), 1);
-  EXPECT_EQ(scene.GetCompatibility(nullptr), 1);
   EXPECT_EQ(layered.GetCompatibility(&scene), 1);
 }

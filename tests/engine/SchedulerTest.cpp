@@ -172,19 +172,15 @@ TEST_F(Scheduler, PresetsListStandaloneScenesAndFindSceneMatchesExactly) {
   EXPECT_EQ(log.LastError(), "Delete failed. Unable to find 'B' from '[apppath]scenes/B.vms'");
 }
 
-TEST(LayeredScene, NamesFilesAndNeighbours) {
-  CScene a, b, c, d;
+// Which layered entries are neighbours is pinned in LayerCombinationTest.
+TEST(LayeredScene, NamesAndFilesJoinTheLayers) {
+  CScene a, b;
   a.m_Name = "a";
   a.m_File = "a.vms";
   b.m_Name = "b";
   b.m_File = "b.vms";
-  c.m_File = "c.vms";
-  d.m_File = "a.vms";  // same file as a: the same layer
-  CSceneLayered ab(&a, &b, nullptr), cb(&c, &b, nullptr), db(&d, &b, nullptr), cc(&c, &c, nullptr);
+  CSceneLayered ab(&a, &b, nullptr);
   EXPECT_EQ(ab.GetFile(), "a.vms;b.vms;");
   EXPECT_EQ(ab.GetName(), "a-b-");
-  EXPECT_TRUE(cb.IsNeighbour(&ab));   // keeps the foreground only
-  EXPECT_FALSE(db.IsNeighbour(&ab));  // keeps both
-  EXPECT_FALSE(cc.IsNeighbour(&ab));  // keeps neither
   EXPECT_FLOAT_EQ(ab.m_RandomProbability, 0.25f);
 }

@@ -2,29 +2,13 @@
 // and a failing text that stays off until its text changes.
 
 #include "ExprTestSupport.h"
-#include "core/Log.h"
 #include "expr/ExprEvaluator.h"
+#include "support/LogCapture.h"
 
 #include <string>
 #include <vector>
 
 namespace {
-
-// Collects what the log gets while it lives.
-class LogLines {
- public:
-  LogLines() { SetLogSink(&LogLines::Sink, this); }
-  ~LogLines() { SetLogSink(nullptr, nullptr); }
-  std::vector<std::string> lines;
-  bool anyError = false;
-
- private:
-  static void Sink(const char *text, bool isError, void *user) {
-    auto *self = static_cast<LogLines *>(user);
-    self->lines.emplace_back(text);
-    self->anyError |= isError;
-  }
-};
 
 // A node's pattern: register doubles, attach, compile, fill, evaluate, read.
 struct Node {
@@ -62,7 +46,7 @@ TEST(ExprEvaluator, InventedVariablesKeepStateUntilTheNextCompile) {
 }
 
 TEST(ExprEvaluator, AFailedEvaluationLogsOnceAndStopsUntilTheTextChanges) {
-  LogLines log;
+  LogCapture log;
   Node node;
   ASSERT_TRUE(node.evaluator.Compile("out = out + 1; 1 / 0"));
   EXPECT_EQ(node.evaluator.Evaluate(), 0.0);
@@ -71,13 +55,13 @@ TEST(ExprEvaluator, AFailedEvaluationLogsOnceAndStopsUntilTheTextChanges) {
   EXPECT_EQ(node.evaluator.Evaluate(), 0.0);
   EXPECT_EQ(node.out, 1.0);  // evaluated once only
   ASSERT_EQ(log.lines, std::vector<std::string>{"Divide by zero"});
-  EXPECT_FALSE(log.anyError);  // an ordinary log line
+  EXPECT_TRUE(log.errors.empty());  // an ordinary log line
   ASSERT_TRUE(node.evaluator.Compile("out = 7"));
   EXPECT_EQ(node.evaluator.Evaluate(), 7.0);
 }
 
-TEST(ExprEvaluator, ParseFailuresAreLoggedAndLeaveItOff) {
-  LogLines log;
+TEST(ExprEvaluator, ParseFailuresAreLoggedAndLeaveItOffButAnEmptyTextIsSilent) {
+  LogCapture log;
   Node node;
   EXPECT_FALSE(node.evaluator.Compile("out = nosuch(1)"));
   EXPECT_FALSE(node.evaluator.m_Compiled);
@@ -86,11 +70,7 @@ TEST(ExprEvaluator, ParseFailuresAreLoggedAndLeaveItOff) {
   EXPECT_FALSE(node.evaluator.Compile("(1"));
   EXPECT_EQ(log.lines, (std::vector<std::string>{"Variable not found at 6 11", "Trying to assign value to constant",
                                                  "Unmatched Parenthesis"}));
-}
-
-TEST(ExprEvaluator, AnEmptyTextIsSilent) {
-  LogLines log;
-  Node node;
+  log.lines.clear();
   ASSERT_TRUE(node.evaluator.Compile("1"));
   EXPECT_FALSE(node.evaluator.Compile(""));
   EXPECT_FALSE(node.evaluator.m_Compiled);
@@ -100,7 +80,7 @@ TEST(ExprEvaluator, AnEmptyTextIsSilent) {
 }
 
 TEST(ExprEvaluator, OffersEveryFunctionOnceAttached) {
-  LogLines log;
+  LogCapture log;
   CExprEvaluator evaluator;
   double time = 2.0;
   evaluator.AddAddress("time", &time, 2.0);

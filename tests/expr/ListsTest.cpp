@@ -57,24 +57,16 @@ TEST(ValueList, Refusals) {
             "ValueListItem::ValueListItem");
 }
 
-TEST(FunctionList, OrderCreationAndRefusals) {
+// Each function's results are pinned by name in the other expression tests.
+TEST(FunctionList, CreationAndRefusals) {
   FunctionList list;
   list.AddDefaultFunctions();
   AddProgramFunctions(list);
-  const char *kOrder[] = {"abs",    "mod",    "ipart",   "fpart",  "min",    "max",      "sqrt",       "sin",
-                          "cos",    "tan",    "sinh",    "cosh",   "tanh",   "asin",     "acos",       "atan",
-                          "atan2",  "log",    "ln",      "exp",    "logn",   "ceil",     "floor",      "deg",
-                          "rad",    "rect2pol", "pol2rect", "if",  "select", "equal",    "above",      "below",
-                          "clip",   "clamp",  "rescale", "poly",   "and",    "or",       "not",        "time",
-                          "date",   "length", "beat",    "band",   "waveform", "smoothstep", "spectrum", "srandom",
-                          "srand",  "rand",   "random",  "pow",    "noise1", "noise2",   "noise3"};
-  ASSERT_EQ(list.GetCount(), std::size(kOrder));
-  for (size_t i = 0; i < std::size(kOrder); ++i) EXPECT_EQ(list.GetFactory(i).GetName(), kOrder[i]);
-
+  EXPECT_EQ(list.GetCount(), 55u);
   Expression expression;
   NodePtr node(list.Create("max", &expression));
   ASSERT_NE(node, nullptr);
-  EXPECT_EQ(static_cast<FunctionNode *>(node.get())->GetFactory(), &list.GetFactory(5));
+  EXPECT_EQ(static_cast<FunctionNode *>(node.get())->GetFactory()->GetName(), "max");
   EXPECT_EQ(list.Create("Max", &expression), nullptr);
   EXPECT_EQ(NameThrown<NullPointerException>([&] { list.Create("max", nullptr); }), "FunctionList::Create");
   EXPECT_EQ(NameThrown<NullPointerException>([&] { list.Add(nullptr); }), "FunctionList::Add");

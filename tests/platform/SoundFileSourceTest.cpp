@@ -1,13 +1,12 @@
 // The file source plays a file at 44100 Hz on a time line it is given, and
 // turns bad files into an error the capture can log.
 #include "platform/SoundFileSource.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
 
 #include <cmath>
-#include <cstdio>
-#include <fstream>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -17,22 +16,9 @@ constexpr double Pi = 3.14159265358979323846;
 
 class SoundFile : public testing::Test {
  protected:
-  void SetUp() override {
-    char tmpl[] = "/tmp/velmor-sound-XXXXXX";
-    ASSERT_NE(mkdtemp(tmpl), nullptr);
-    m_Dir = tmpl;
-  }
-  void TearDown() override {
-    for (const std::string &f : m_Files) unlink(f.c_str());
-    rmdir(m_Dir.c_str());
-  }
-  std::string Path(const std::string &name) {
-    m_Files.push_back(m_Dir + "/" + name);
-    return m_Files.back();
-  }
   // A 16-bit WAV of `frames` frames whose channel c of frame n is f(n, c).
   std::string WriteWav(const std::string &name, int rate, int channels, int frames, double (*f)(int, int, int)) {
-    const std::string path = Path(name);
+    const std::string path = dir / name;
     SF_INFO info{};
     info.samplerate = rate;
     info.channels = channels;
@@ -68,8 +54,7 @@ class SoundFile : public testing::Test {
   }
   static double Tone441(int n, int, int rate) { return 0.5 * std::sin(2 * Pi * 441.0 * n / rate); }
 
-  std::string m_Dir;
-  std::vector<std::string> m_Files;
+  TempDir dir;
 };
 }  // namespace
 
@@ -133,13 +118,9 @@ TEST_F(SoundFile, OtherRatesAreResampled) {
 }
 
 TEST_F(SoundFile, RawFloatsAreStereoAt44100) {
-  const std::string path = Path("clip.f32");
   std::vector<float> data;
   for (int n = 0; n < 1000; ++n) data.insert(data.end(), {n / 1000.0f, -n / 1000.0f});
-  FILE *f = fopen(path.c_str(), "wb");
-  ASSERT_NE(f, nullptr);
-  fwrite(data.data(), sizeof(float), data.size(), f);
-  fclose(f);
+  const std::string path = dir.Write("clip.f32", std::string(reinterpret_cast<const char *>(data.data()), data.size() * sizeof(float)));
   double now = 0;
   CSoundFileSource source(path, [&] { return now; });
   SoundMixFormat format;
@@ -150,16 +131,14 @@ TEST_F(SoundFile, RawFloatsAreStereoAt44100) {
 
 TEST_F(SoundFile, BadFilesFailWithAReason) {
   SoundMixFormat format;
-  CSoundFileSource missing(m_Dir + "/none.wav");
+  CSoundFileSource missing(dir / "none.wav");
   EXPECT_FALSE(missing.Open());
   const SoundResult r = missing.Start(format);
   EXPECT_FALSE(r);
   EXPECT_EQ(r.step, ESoundStep::DefaultEndpoint);
   EXPECT_NE(missing.ErrorText().find("none.wav"), std::string::npos) << missing.ErrorText();
 
-  const std::string junk = Path("junk.wav");
-  std::ofstream(junk) << "RIFF this is not a wave file at all";
-  CSoundFileSource broken(junk);
+  CSoundFileSource broken(dir.Write("junk.wav", "RIFF this is not a wave file at all"));
   EXPECT_FALSE(broken.Start(format));
   EXPECT_NE(broken.ErrorText().find("junk.wav"), std::string::npos);
   uint32_t frames = 5;

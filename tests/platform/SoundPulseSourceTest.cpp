@@ -2,6 +2,7 @@
 // PulseAudio server with a null output that plays a tone. The second test
 // needs the pulseaudio and paplay programs and skips, saying so, without them.
 #include "platform/SoundSource.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <fcntl.h>
 #include <spawn.h>
 #include <string>
@@ -74,18 +74,6 @@ struct Child {
   }
 };
 
-struct TempDir {
-  std::string path;
-  TempDir() {
-    char tmpl[] = "/tmp/velmor-pulse-XXXXXX";
-    if (mkdtemp(tmpl)) path = tmpl;
-  }
-  ~TempDir() {
-    std::error_code ignored;
-    if (!path.empty()) std::filesystem::remove_all(path, ignored);
-  }
-};
-
 // Polls the source like the capture does, for up to `seconds`, and returns
 // the first failure, or success when `enough` frames arrived.
 SoundResult PollFor(ISoundSource &source, double seconds, uint32_t enough, uint32_t &frames, float &peak) {
@@ -128,10 +116,9 @@ TEST(SoundPulseSource, NoServerFailsFastWithoutBlocking) {
 
 TEST(SoundPulseSource, RecordsWhatTheDefaultOutputPlays) {
   TempDir dir;
-  ASSERT_FALSE(dir.path.empty());
-  const std::string socket = dir.path + "/native", tone = dir.path + "/tone.wav";
-  ScopedEnv runtime("XDG_RUNTIME_DIR", dir.path);
-  ScopedEnv home("HOME", dir.path);
+  const std::string socket = dir / "native", tone = dir / "tone.wav";
+  ScopedEnv runtime("XDG_RUNTIME_DIR", dir.Path());
+  ScopedEnv home("HOME", dir.Path());
   ScopedEnv server("PULSE_SERVER", "unix:" + socket);
 
   // Two seconds of a 441 Hz tone at half scale.

@@ -13,8 +13,18 @@
 #include "renderogl/GLDriverPin.h"
 #include "support/LogCapture.h"
 
-#define VELMOR_REQUIRE_DISPLAY() \
-  if (!getenv("DISPLAY")) GTEST_SKIP() << "DISPLAY is not set: X11 tests need an X server"
+namespace {
+// A connection to the test run's X server, or a skip where there is none.
+class X11 : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!getenv("DISPLAY")) GTEST_SKIP() << "DISPLAY is not set: X11 tests need an X server";
+    ws = OpenX11WindowSystem();
+    ASSERT_NE(ws, nullptr);
+  }
+  std::unique_ptr<IWindowSystem> ws;
+};
+}  // namespace
 
 TEST(X11WindowSystem, NoDisplayGivesNullAndAnError) {
   LogCapture log;
@@ -22,10 +32,7 @@ TEST(X11WindowSystem, NoDisplayGivesNullAndAnError) {
   EXPECT_EQ(log.LastError(), "Unable to open X display \":986\"");
 }
 
-TEST(X11WindowSystem, MonitorsCoverTheScreenAndListModes) {
-  VELMOR_REQUIRE_DISPLAY();
-  auto ws = OpenX11WindowSystem();
-  ASSERT_NE(ws, nullptr);
+TEST_F(X11, MonitorsCoverTheScreenAndListModes) {
   auto monitors = ws->Monitors();
   ASSERT_FALSE(monitors.empty());
   EXPECT_TRUE(monitors.front().primary || monitors.size() == 1);
@@ -47,10 +54,7 @@ TEST(X11WindowSystem, MonitorsCoverTheScreenAndListModes) {
   EXPECT_EQ(ws->Monitors().front().rect.right, monitors.front().rect.right);
 }
 
-TEST(X11WindowSystem, WindowsOfEachKindAndBadParents) {
-  VELMOR_REQUIRE_DISPLAY();
-  auto ws = OpenX11WindowSystem();
-  ASSERT_NE(ws, nullptr);
+TEST_F(X11, WindowsOfEachKindAndBadParents) {
   WindowSpec framed;
   framed.rect = {10, 20, 74, 68};
   framed.title = "framed";
@@ -89,10 +93,7 @@ TEST(X11WindowSystem, WindowsOfEachKindAndBadParents) {
   EXPECT_EQ(ws->GetPowerState(), POWER_Unknown) << "Xvfb has no DPMS";
 }
 
-TEST(X11WindowSystem, EventsBecomeWindowMessages) {
-  VELMOR_REQUIRE_DISPLAY();
-  auto ws = OpenX11WindowSystem();
-  ASSERT_NE(ws, nullptr);
+TEST_F(X11, EventsBecomeWindowMessages) {
   WindowSpec windowSpec;
   windowSpec.rect = {0, 0, 16, 16};
   WindowHandle w = ws->CreateWindow(windowSpec);
@@ -101,26 +102,22 @@ TEST(X11WindowSystem, EventsBecomeWindowMessages) {
   while (ws->PollEvent(m)) {
   }
   auto *display = static_cast<Display *>(ws->NativeDisplay());
-  XEvent e{};
+  XEvent e{}, b{}, k{};
   e.xclient.type = ClientMessage;
-  e.xclient.window = w;
   e.xclient.format = 32;
   e.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
   e.xclient.data.l[0] = static_cast<long>(XInternAtom(display, "WM_DELETE_WINDOW", False));
-  XSendEvent(display, w, False, NoEventMask, &e);
-  XEvent b{};
   b.xbutton.type = ButtonPress;
-  b.xbutton.window = w;
   b.xbutton.button = Button3;
   b.xbutton.x = 5;
   b.xbutton.y = 7;
-  XSendEvent(display, w, False, ButtonPressMask, &b);
-  XEvent k{};
   k.xkey.type = KeyPress;
-  k.xkey.window = w;
   k.xkey.display = display;
   k.xkey.keycode = XKeysymToKeycode(display, XStringToKeysym("F9"));
-  XSendEvent(display, w, False, KeyPressMask, &k);
+  for (auto [event, mask] : {std::pair{&e, NoEventMask}, {&b, ButtonPressMask}, {&k, KeyPressMask}}) {
+    event->xany.window = w;
+    XSendEvent(display, w, False, mask, event);
+  }
   XSync(display, False);
 
   std::vector<WindowMessage> got;
@@ -142,10 +139,7 @@ TEST(X11WindowSystem, EventsBecomeWindowMessages) {
   EXPECT_TRUE(destroyed);
 }
 
-TEST(X11Desktop, NoSaverRunningAndDestroyDeliversWmDestroy) {
-  VELMOR_REQUIRE_DISPLAY();
-  auto ws = OpenX11WindowSystem();
-  ASSERT_NE(ws, nullptr);
+TEST_F(X11, NoSaverRunningAndDestroyDeliversWmDestroy) {
   std::vector<WindowHandle> destroyed;
   std::vector<uint32_t> messages;
   CX11Desktop desktop(
@@ -157,10 +151,7 @@ TEST(X11Desktop, NoSaverRunningAndDestroyDeliversWmDestroy) {
   EXPECT_EQ(messages, std::vector<uint32_t>{WM_DESTROY});
 }
 
-TEST(GlxContext, ConfigContextAndSwapOnAWindow) {
-  VELMOR_REQUIRE_DISPLAY();
-  auto ws = OpenX11WindowSystem();
-  ASSERT_NE(ws, nullptr);
+TEST_F(X11, ConfigContextAndSwapOnAWindow) {
   auto gl = CreateGlxContext(*ws);
   ASSERT_NE(gl, nullptr) << "the X server offers no GLX 1.3";
   unsigned long visual = gl->ChooseConfig(24);

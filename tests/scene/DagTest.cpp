@@ -223,20 +223,6 @@ TEST_F(DagTest, GeneratedNamesAndAddresses) {
   EXPECT_FALSE(group->FindInPort("Object2")->IsConnected());
 }
 
-TEST_F(DagTest, CycleThroughTheGraphIsCutAndLoggedOnce) {
-  LogCapture log;
-  Add<CTestRootNode>("Screen");
-  Add<CTestGroupNode>("TestGroup");
-  Add<CTestGroupNode>("TestGroup");
-  Connect("TestGroup1.Object", "Screen1.Object1");
-  Connect("TestGroup2.Object", "TestGroup1.Object1");
-  Connect("TestGroup1.Object", "TestGroup2.Object1");
-  for (int i = 0; i < 5; ++i) dag.Update(0.1f);
-  ASSERT_EQ(log.errors.size(), 1u);
-  EXPECT_EQ(log.errors[0],
-            "Cycle in graph: TestGroup1 -> TestGroup2 -> TestGroup1. The connection back to \"TestGroup1\" is not evaluated");
-}
-
 TEST(NodeFactory, NamesAreExactDuplicatesRefusedAndReferencesCounted) {
   LogCapture log;
   const int before = CNodeFactory::RefCount();

@@ -6,9 +6,17 @@
 
 #include <gtest/gtest.h>
 
-TEST(NodeCreation, PortsAreClonedOwnedAndInitFindsThem) {
+namespace {
+class Nodes : public testing::Test {
+ protected:
+  CTestValueNode *Value(const std::string &name) { return g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), name.c_str()); }
+  CTestGuardedNode *Guarded(const char *name) { return g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), name); }
   TestGraph g;
-  auto *n = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
+};
+}  // namespace
+
+TEST_F(Nodes, PortsAreClonedOwnedAndInitFindsThem) {
+  auto *n = Value("A");
   ASSERT_EQ(n->m_InPorts.size(), 1u);
   EXPECT_EQ(n->m_InPorts[0]->m_Node, n);
   EXPECT_TRUE(n->m_InPorts[0]->m_IsInput);
@@ -21,13 +29,9 @@ TEST(NodeCreation, PortsAreClonedOwnedAndInitFindsThem) {
   EXPECT_EQ(n->m_Info, g.infos[0].get());
 }
 
-TEST(NodePull, UnguardedRunsPerConsumerGuardedOncePerStep) {
-  TestGraph g;
-  auto *value = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Value");
-  auto *guarded = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "Guarded");
-  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
-  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
-  auto *sink = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "Sink");
+TEST_F(Nodes, UnguardedRunsPerConsumerGuardedOncePerStep) {
+  auto *value = Value("Value"), *a = Value("A"), *b = Value("B");
+  auto *guarded = Guarded("Guarded"), *sink = Guarded("Sink");
   // value feeds a and b; guarded feeds nothing yet.
   ASSERT_TRUE(a->Connect("In", "Out", value));
   ASSERT_TRUE(b->Connect("In", "Out", value));
@@ -46,11 +50,8 @@ TEST(NodePull, UnguardedRunsPerConsumerGuardedOncePerStep) {
   EXPECT_TRUE(guarded->m_Updated);
 }
 
-TEST(NodePull, LocalEvaluationCarriesTheTimeThroughAChain) {
-  TestGraph g;
-  auto *first = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "First");
-  auto *second = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Second");
-  auto *consumer = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "Consumer");
+TEST_F(Nodes, LocalEvaluationCarriesTheTimeThroughAChain) {
+  auto *first = Value("First"), *second = Value("Second"), *consumer = Value("Consumer");
   second->Connect("In", "Out", first);
   consumer->Connect("In", "Out", second);
   first->m_In->m_Value = 1.0f;
@@ -63,11 +64,9 @@ TEST(NodePull, LocalEvaluationCarriesTheTimeThroughAChain) {
   EXPECT_EQ(second->m_Frame, consumer->m_Frame);
 }
 
-TEST(NodeConnect, ErrorsNameTheAddressAndDisconnectDropsOneSource) {
+TEST_F(Nodes, ErrorsNameTheAddressAndDisconnectDropsOneSource) {
   LogCapture log;
-  TestGraph g;
-  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
-  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+  auto *a = Value("A"), *b = Value("B");
   EXPECT_FALSE(b->Connect("In", "Out", nullptr));
   EXPECT_EQ(log.LastError(), "Connection node is null (Out -> In)");
   EXPECT_FALSE(b->Connect("Nope", "Out", a));
@@ -81,10 +80,8 @@ TEST(NodeConnect, ErrorsNameTheAddressAndDisconnectDropsOneSource) {
   EXPECT_FALSE(b->m_In->IsConnected());
 }
 
-TEST(NodeUpdate, UpdateInPortsReportsChangesAndKeepsFlagWithoutPorts) {
-  TestGraph g;
-  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
-  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
+TEST_F(Nodes, UpdateInPortsReportsChangesAndKeepsFlagWithoutPorts) {
+  auto *a = Value("A"), *b = Value("B");
   b->Connect("In", "Out", a);
   b->m_Changed = false;
   EXPECT_TRUE(b->UpdateInPorts(0));
@@ -96,12 +93,10 @@ TEST(NodeUpdate, UpdateInPortsReportsChangesAndKeepsFlagWithoutPorts) {
   EXPECT_FALSE(bare.m_Changed);
 }
 
-TEST(NodePull, CycleIsLoggedOnceAndCut) {
+TEST_F(Nodes, CycleIsLoggedOnceAndCut) {
   LogCapture log;
-  TestGraph g;
-  auto *a = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "A");
-  auto *b = g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), "B");
-  auto *c = g.Add<CTestGuardedNode>(CTestGuardedNode::CreateInfo(), "C");
+  auto *a = Value("A"), *b = Value("B");
+  auto *c = Guarded("C");
   a->Connect("In", "Out", b);
   b->Connect("In", "Out", c);
   c->Connect("In", "Out", a);
@@ -115,12 +110,11 @@ TEST(NodePull, CycleIsLoggedOnceAndCut) {
   EXPECT_EQ(a->m_Runs, 3);
 }
 
-TEST(NodePull, TooDeepChainIsCutWithoutOverflowingTheStack) {
+TEST_F(Nodes, TooDeepChainIsCutWithoutOverflowingTheStack) {
   LogCapture log;
-  TestGraph g;
   std::vector<CTestValueNode *> chain;
   for (int i = 0; i < MAX_PULL_DEPTH + 50; ++i) {
-    chain.push_back(g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), ("N" + std::to_string(i)).c_str()));
+    chain.push_back(Value("N" + std::to_string(i)));
     if (i > 0) chain[i]->Connect("In", "Out", chain[i - 1]);
   }
   chain.back()->Pull(0);
@@ -129,8 +123,7 @@ TEST(NodePull, TooDeepChainIsCutWithoutOverflowingTheStack) {
   EXPECT_EQ(chain[0]->m_Runs, 0);
 }
 
-TEST(SinNode, WaveStartsAtMinAndOffsetIsInPeriods) {
-  TestGraph g;
+TEST_F(Nodes, WaveStartsAtMinAndOffsetIsInPeriods) {
   auto *sin = g.Add<CSinNode>(CSinNode::CreateInfo(), "Sin1");
   auto *out = static_cast<CPortFloat *>(sin->FindOutPort("Value"));
   sin->FindInPort("Min")->SetText("-2");

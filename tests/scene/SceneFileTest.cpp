@@ -113,8 +113,8 @@ TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   clock.clock.utc = WallTime{2031, 7, 9, 8, 4, 5, 0, 3};
   CScene scene;
   scene.m_Name = "S";
-  CNode *sin = scene.AddNode("Sin");
-  CNode *sin2 = scene.AddNode("Sin");
+  scene.AddNode("Sin");
+  scene.AddNode("Sin");
   ASSERT_TRUE(scene.CreateConnection("Sin1.Value", "Sin2.Max"));
   scene.m_GoodScenes = {"A"};
   TiXmlElement root("Scenes");
@@ -144,8 +144,6 @@ TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   ASSERT_EQ(copy.m_Nodes.size(), 2u);
   EXPECT_EQ(copy.m_Nodes[1]->FindInPort("Max")->m_Source, copy.m_Nodes[0]->FindOutPort("Value"));
   EXPECT_EQ(copy.m_GoodScenes, scene.m_GoodScenes);
-  (void)sin;
-  (void)sin2;
 }
 
 TEST_F(SceneFile, ProjectReferencesCarryFileNameAndRunTimeOnly) {
