@@ -33,7 +33,11 @@ const double kFlippedTargetOrtho[16] = {2, 0, 0, 0, 0, 2, 0, 0, 0, 0, 0.22222222
 
 const CRect kLeft{0, 0, 1920, 1080}, kRight{1920, 0, 3840, 1080};
 
-CCamera Camera(float fov, float nearPlane, float farPlane, int type = PROJ_Perspective) {
+void ExpectMatrix(const CMatrix &actual, const double (&golden)[16]) {
+  for (int i = 0; i < 16; ++i) EXPECT_NEAR(actual.m[i], golden[i], 2e-6 * (1.0 + std::abs(golden[i]))) << "element " << i;
+}
+
+CCamera Camera(float fov, float nearPlane, float farPlane, int type) {
   CCamera c;
   c.m_Fov = fov;
   c.m_Near = nearPlane;
@@ -41,52 +45,39 @@ CCamera Camera(float fov, float nearPlane, float farPlane, int type = PROJ_Persp
   c.m_ProjectionType = type;
   return c;
 }
-
-void ExpectMatrix(const CMatrix &actual, const double (&golden)[16]) {
-  for (int i = 0; i < 16; ++i) EXPECT_NEAR(actual.m[i], golden[i], 2e-6 * (1.0 + std::abs(golden[i]))) << "element " << i;
-}
-
-CMatrix ProjectionOfUnit(CRecordRender &render, int unit, const CCamera &camera) {
-  render.SwitchToRenderUnit(unit);
-  render.SetCamera(camera);
-  return render.m_Projection;
-}
 }  // namespace
 
-TEST(Projection, SingleWindowPerspectiveAndOrthographic) {
-  CRecordRender render(1024, 768);
-  ExpectMatrix(ProjectionOfUnit(render, 0, Camera(45, 1, 100)), kSingle);
-  ExpectMatrix(ProjectionOfUnit(render, 0, Camera(45, 1, 100, PROJ_Orthographic)), kSingleOrtho);
-}
-
-TEST(Projection, MonitorsSideBySideShareOneWideView) {
-  CRecordRender render;
-  render.SetUnits({kLeft, kRight});
-  EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, 3840, 1080}));
-  CMatrix left = ProjectionOfUnit(render, 0, Camera(60, 0.5f, 200));
-  CMatrix right = ProjectionOfUnit(render, 1, Camera(60, 0.5f, 200));
-  ExpectMatrix(left, kWideLeft);
-  ExpectMatrix(right, kWideRight);
-  EXPECT_EQ(left.m[8], -right.m[8]);  // opposite offX
-  ExpectMatrix(ProjectionOfUnit(render, 0, Camera(60, 0.5f, 200, PROJ_Orthographic)), kWideLeftOrtho);
-  ExpectMatrix(ProjectionOfUnit(render, 1, Camera(60, 0.5f, 200, PROJ_Orthographic)), kWideRightOrtho);
-  EXPECT_FLOAT_EQ(render.GetAspect(), 3840.0f / 1080.0f);
-}
-
-TEST(Projection, VerticalOffsetsAndMonitorsLeftOfThePrimary) {
-  CRecordRender render;
-  render.SetUnits({{0, 0, 1920, 1200}, {1920, 0, 3200, 1024}});
-  ExpectMatrix(ProjectionOfUnit(render, 1, Camera(45, 1, 100)), kUnevenSmall);
-  render.SetUnits({{-1281, 0, 0, 1024}, {0, 0, 1920, 1080}});
-  ExpectMatrix(ProjectionOfUnit(render, 0, Camera(45, 1, 100)), kWestOfPrimary);
-}
-
-TEST(Projection, AllScreensSameGivesEveryUnitTheWholeView) {
-  CRecordRender render;
-  render.SetUnits({kLeft, kRight});
-  render.m_AllScreensSame = true;
-  ExpectMatrix(ProjectionOfUnit(render, 1, Camera(60, 0.5f, 200)), kWideRightSame);
-  EXPECT_FLOAT_EQ(render.GetAspect(), 1920.0f / 1080.0f);
+TEST(Projection, EachUnitSeesItsShareOfTheVirtualDesktop) {
+  const struct {
+    const char *name;
+    std::vector<CRect> units;  // empty: one 1024x768 window
+    int unit;
+    bool allSame;
+    float fov, nearPlane, farPlane;
+    int type;
+    const double (&golden)[16];
+    float aspect;  // 0: not checked
+  } cases[] = {
+      {"single", {}, 0, false, 45, 1, 100, PROJ_Perspective, kSingle, 1024.0f / 768.0f},
+      {"single ortho", {}, 0, false, 45, 1, 100, PROJ_Orthographic, kSingleOrtho, 0},
+      {"wide left", {kLeft, kRight}, 0, false, 60, 0.5f, 200, PROJ_Perspective, kWideLeft, 3840.0f / 1080.0f},
+      {"wide right", {kLeft, kRight}, 1, false, 60, 0.5f, 200, PROJ_Perspective, kWideRight, 0},
+      {"wide left ortho", {kLeft, kRight}, 0, false, 60, 0.5f, 200, PROJ_Orthographic, kWideLeftOrtho, 0},
+      {"wide right ortho", {kLeft, kRight}, 1, false, 60, 0.5f, 200, PROJ_Orthographic, kWideRightOrtho, 0},
+      {"all screens same", {kLeft, kRight}, 1, true, 60, 0.5f, 200, PROJ_Perspective, kWideRightSame, 1920.0f / 1080.0f},
+      {"uneven", {{0, 0, 1920, 1200}, {1920, 0, 3200, 1024}}, 1, false, 45, 1, 100, PROJ_Perspective, kUnevenSmall, 0},
+      {"west of primary", {{-1281, 0, 0, 1024}, kLeft}, 0, false, 45, 1, 100, PROJ_Perspective, kWestOfPrimary, 0},
+  };
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.name);
+    CRecordRender render(1024, 768);
+    if (!c.units.empty()) render.SetUnits(c.units);
+    render.m_AllScreensSame = c.allSame;
+    render.SwitchToRenderUnit(c.unit);
+    render.SetCamera(Camera(c.fov, c.nearPlane, c.farPlane, c.type));
+    ExpectMatrix(render.m_Projection, c.golden);
+    if (c.aspect) EXPECT_FLOAT_EQ(render.GetAspect(), c.aspect);
+  }
 }
 
 TEST(Projection, RenderTargetsAreDrawnFlippedAsTheirOwnView) {
@@ -94,7 +85,7 @@ TEST(Projection, RenderTargetsAreDrawnFlippedAsTheirOwnView) {
   render.SetUnits({kLeft, kRight});
   render.m_Flipped = true;
   render.m_UnitRect = {0, 0, 256, 256};
-  render.SetCamera(Camera(90, 1, 10));
+  render.SetCamera(Camera(90, 1, 10, PROJ_Perspective));
   ExpectMatrix(render.m_Projection, kFlippedTarget);
   render.SetCamera(Camera(90, 1, 10, PROJ_Orthographic));
   ExpectMatrix(render.m_Projection, kFlippedTargetOrtho);
@@ -102,7 +93,7 @@ TEST(Projection, RenderTargetsAreDrawnFlippedAsTheirOwnView) {
 
 TEST(Projection, ComesOnlyFromTheCamera) {
   CRecordRender render(1024, 768);
-  CCamera camera = Camera(45, 1, 100);
+  CCamera camera = Camera(45, 1, 100, PROJ_Perspective);
   LookAt(camera, {0, 0, 0}, {0, 0, -5}, {0, 1, 0});
   render.SetCamera(camera);
   EXPECT_EQ(render.m_Calls, (std::vector<std::string>{"SetCamera", "SetTransform 2", "SetTransform 1"}));

@@ -71,10 +71,8 @@ TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
   render.DrawIndexedPrimitive(PT_TriangleList, 4, 2);
   EXPECT_TRUE(render.m_Faults.empty()) << render.m_Faults.front();
   ASSERT_EQ(render.m_Draws.size(), 2u);
-  EXPECT_EQ(render.m_Draws[0].vertices, 4);
-  EXPECT_EQ(render.m_Draws[1].vertices, 6);
-  EXPECT_EQ(render.m_Draws[1].indexBuffer, 1);
-  EXPECT_EQ(render.m_Draws[1].world.m[14], 5.0f);
+  EXPECT_EQ(std::make_pair(render.m_Draws[0].vertices, render.m_Draws[1].vertices), std::make_pair(4, 6));
+  EXPECT_EQ(std::make_pair(render.m_Draws[1].indexBuffer, render.m_Draws[1].world.m[14]), std::make_pair(1, 5.0f));
   EXPECT_EQ(render.Calls("DrawPrimitive"), (std::vector<std::string>{"DrawPrimitive 5 0 2"}));
 
   const VertexPCT *read = render.VertexBuffer(1)->Vertices<VertexPCT>();
@@ -129,11 +127,9 @@ TEST(RecordRender, TexturesKeepAHostCopyUntilReleased) {
   CTexture *line = render.CreateTexture(8, 0, 0, TF_A8R8G8B8, TT_Dynamic);
   CTexture *volume = render.CreateTexture(4, 4, 4, TF_A8R8G8B8, TT_Dynamic);
   CTexture *target = render.CreateTexture(16, 16, 0, TF_A8R8G8B8, TT_RenderTarget);
-  EXPECT_EQ(tex->Dimension(), 2);
-  EXPECT_EQ(line->Dimension(), 1);
-  EXPECT_EQ(volume->Dimension(), 3);
-  EXPECT_EQ(volume->TexelCount(), 64);
-  EXPECT_EQ(line->TexelCount(), 8);
+  // A height of 0 is 1D, a depth makes 3D.
+  EXPECT_EQ((std::vector<int>{tex->Dimension(), line->Dimension(), volume->Dimension()}), (std::vector<int>{2, 1, 3}));
+  EXPECT_EQ((std::vector<int>{line->TexelCount(), volume->TexelCount()}), (std::vector<int>{8, 64}));
   EXPECT_TRUE(target->m_Flags & TEXF_RenderTarget);
 
   uint32_t pixels[8];
@@ -171,8 +167,6 @@ TEST(RecordRender, WindowsAndRecordingSwitch) {
   render.SetVertexBuffer(nullptr);
   render.DrawPrimitive(PT_TriangleList, 0, 1);
   render.Render3DEnvironment(false);
-  EXPECT_TRUE(render.m_Calls.empty());
-  EXPECT_TRUE(render.m_Draws.empty());
-  EXPECT_TRUE(render.m_Faults.empty());
+  EXPECT_TRUE(render.m_Calls.empty() && render.m_Draws.empty() && render.m_Faults.empty());
   EXPECT_EQ(render.m_Frames, 1);
 }

@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "render/Color.h"
 #include "support/FailingRender.h"
 #include "support/LogCapture.h"
@@ -14,6 +16,14 @@ const float kRed[4] = {1, 0, 0, 1};
 
 void AddLines(CRenderLines &lines, int n) {
   for (int i = 0; i < n; ++i) lines.AddLine(i, 0, 0, i, 1, 0, kRed);
+}
+
+// Each draw as "type primitives vbN".
+std::vector<std::string> Draws(const CRecordRender &render) {
+  std::vector<std::string> out;
+  for (const CRecordedDraw &d : render.m_Draws)
+    out.push_back(std::to_string(d.type) + " " + std::to_string(d.primitives) + " vb" + std::to_string(d.vertexBuffer));
+  return out;
 }
 }  // namespace
 
@@ -29,26 +39,15 @@ TEST(RenderLines, ChunksRotateThroughTheRingAndDrawEveryLine) {
 
   render.ClearCalls();
   lines.Draw(&render);
-  ASSERT_EQ(render.m_Draws.size(), 3u);
-  const int primitives[] = {1000, 1000, 500};
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(render.m_Draws[i].type, PT_LineList);
-    EXPECT_EQ(render.m_Draws[i].primitives, primitives[i]);
-    EXPECT_EQ(render.m_Draws[i].vertexBuffer, i + 1);
-  }
+  EXPECT_EQ(Draws(render), (std::vector<std::string>{"2 1000 vb1", "2 1000 vb2", "2 500 vb3"}));
   EXPECT_EQ(lines.m_Ring, 0);  // three chunks: back where it stood
   EXPECT_TRUE(render.m_Faults.empty());
 
   // The last chunk holds lines 2000..2499, expanded with u 0 and 1.
   const VertexPCT *v = render.VertexBuffer(3)->Vertices<VertexPCT>();
-  EXPECT_EQ(v[0].x, 2000.0f);
-  EXPECT_EQ(v[1].y, 1.0f);
+  EXPECT_EQ(std::make_tuple(v[0].x, v[0].u, v[0].v, v[0].color), std::make_tuple(2000.0f, 0.0f, 0.5f, 0xFF0000FFu));
+  EXPECT_EQ(std::make_tuple(v[1].y, v[1].u, v[1].v), std::make_tuple(1.0f, 1.0f, 0.5f));
   EXPECT_EQ(v[999].x, 2499.0f);
-  EXPECT_EQ(v[0].u, 0.0f);
-  EXPECT_EQ(v[1].u, 1.0f);
-  EXPECT_EQ(v[0].v, 0.5f);
-  EXPECT_EQ(v[1].v, 0.5f);
-  EXPECT_EQ(v[0].color, 0xFF0000FFu);
 
   // A frame of one chunk moves the ring on by one, and frames keep it.
   lines.SetSize(10);
@@ -56,9 +55,7 @@ TEST(RenderLines, ChunksRotateThroughTheRingAndDrawEveryLine) {
   render.ClearCalls();
   lines.Draw(&render);
   lines.Draw(&render);
-  ASSERT_EQ(render.m_Draws.size(), 2u);
-  EXPECT_EQ(render.m_Draws[0].vertexBuffer, 1);
-  EXPECT_EQ(render.m_Draws[1].vertexBuffer, 2);
+  EXPECT_EQ(Draws(render), (std::vector<std::string>{"2 10 vb1", "2 10 vb2"}));
   lines.InvalidateDevice(&render);
 }
 
@@ -73,19 +70,12 @@ TEST(RenderLines, DrawCountSizeAndMissingBuffersLimitWhatIsDrawn) {
   EXPECT_TRUE(render.m_Draws.empty());
 
   ASSERT_TRUE(lines.RestoreDevice(&render));
-  lines.SetDrawCount(3);
-  lines.Draw(&render);
-  lines.SetDrawCount(0);
-  lines.Draw(&render);
-  lines.SetDrawCount(-2);
-  lines.Draw(&render);
-  lines.SetDrawCount(99);
-  lines.Draw(&render);
-  ASSERT_EQ(render.m_Draws.size(), 4u);
-  EXPECT_EQ(render.m_Draws[0].primitives, 3);
-  EXPECT_EQ(render.m_Draws[1].primitives, 5);
-  EXPECT_EQ(render.m_Draws[2].primitives, 5);
-  EXPECT_EQ(render.m_Draws[3].primitives, 5);
+  // Zero, negative or too many draw them all.
+  for (int count : {3, 0, -2, 99}) {
+    lines.SetDrawCount(count);
+    lines.Draw(&render);
+  }
+  EXPECT_EQ(Draws(render), (std::vector<std::string>{"2 3 vb1", "2 5 vb2", "2 5 vb3", "2 5 vb1"}));
   lines.InvalidateDevice(&render);
 }
 

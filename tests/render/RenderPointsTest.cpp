@@ -15,11 +15,25 @@ void ExpectCorner(const VertexPCT &v, float x, float y, float z, float u, float 
   EXPECT_EQ(v.u, u);
   EXPECT_EQ(v.v, tv);
 }
-}  // namespace
 
-TEST(RenderPoints, PointsAndLinesAreCopiedInChunksWithoutIndices) {
+struct RenderPoints : testing::Test {
+  ~RenderPoints() override {
+    EXPECT_TRUE(render.m_Faults.empty()) << render.m_Faults.front();
+    points.InvalidateDevice(&render);
+  }
+  // New device objects, then one draw from a clean call list.
+  void RestoreAndDraw() {
+    ASSERT_TRUE(points.RestoreDevice(&render));
+    render.ClearCalls();
+    points.Draw(&render);
+  }
+  const VertexPCT *Vertices(int vb) { return render.VertexBuffer(vb)->Vertices<VertexPCT>(); }
   CRecordRender render;
   CRenderPoints points;
+};
+}  // namespace
+
+TEST_F(RenderPoints, PointsAndLinesAreCopiedInChunksWithoutIndices) {
   points.SetSize(2500, PRIM_Point);
   for (int i = 0; i < 2500; ++i) points.Points()[i] = VertexPC{static_cast<float>(i), 0, 0, 0xFFu};
   ASSERT_TRUE(points.RestoreDevice(&render));
@@ -37,19 +51,13 @@ TEST(RenderPoints, PointsAndLinesAreCopiedInChunksWithoutIndices) {
   // Lines: half as many per chunk, two vertices each.
   points.SetSize(1200, PRIM_Line);
   points.Lines()[1199].to.y = 7.0f;
-  ASSERT_TRUE(points.RestoreDevice(&render));
-  render.ClearCalls();
-  points.Draw(&render);
+  RestoreAndDraw();
   EXPECT_EQ(render.Calls("Draw"), (std::vector<std::string>{"DrawPrimitive 2 0 500", "DrawPrimitive 2 0 500",
                                                             "DrawPrimitive 2 0 200"}));
   EXPECT_EQ(render.VertexBuffer(6)->Vertices<VertexPC>()[399].y, 7.0f);
-  EXPECT_TRUE(render.m_Faults.empty());
-  points.InvalidateDevice(&render);
 }
 
-TEST(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
-  CRecordRender render;
-  CRenderPoints points;
+TEST_F(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
   points.SetSize(700, PRIM_Texture);
   points.Sprites()[0] = {1, 2, 3, 0x80FFFFFFu, 0.5f, 0.5f, 0.5f};
   ASSERT_TRUE(points.RestoreDevice(&render));
@@ -59,7 +67,7 @@ TEST(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
   EXPECT_EQ(render.Calls("DrawIndexed"), (std::vector<std::string>{"DrawIndexedPrimitive 5 2400 3598",
                                                                    "DrawIndexedPrimitive 5 400 598"}));
   // Identity view: right is +x, up is +y.
-  const VertexPCT *v = render.VertexBuffer(1)->Vertices<VertexPCT>();
+  const VertexPCT *v = Vertices(1);
   ExpectCorner(v[0], 0.5f, 1.5f, 3, 0, 0);
   ExpectCorner(v[1], 1.5f, 1.5f, 3, 1, 0);
   ExpectCorner(v[2], 0.5f, 2.5f, 3, 0, 1);
@@ -72,40 +80,30 @@ TEST(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
   points.SetSize(1, PRIM_Texture);
   points.Sprites()[0] = {0, 0, 0, 0, 1, 1, 1};
   points.Draw(&render);
-  v = render.VertexBuffer(3)->Vertices<VertexPCT>();
+  v = Vertices(3);
   ExpectCorner(v[0], -1, 1, 0, 0, 0);
   ExpectCorner(v[1], -1, -1, 0, 1, 0);
   ExpectCorner(v[2], 1, 1, 0, 0, 1);
   ExpectCorner(v[3], 1, -1, 0, 1, 1);
-  EXPECT_TRUE(render.m_Faults.empty());
-  points.InvalidateDevice(&render);
 }
 
-TEST(RenderPoints, AxisTexturedPointsMakeThreeQuadsEach) {
-  CRecordRender render;
-  CRenderPoints points;
+TEST_F(RenderPoints, AxisTexturedPointsMakeThreeQuadsEach) {
   points.SetSize(250, PRIM_AxisTexture);
   points.Sprites()[0] = {0, 0, 0, 0, 1, 2, 3};
-  ASSERT_TRUE(points.RestoreDevice(&render));
-  render.ClearCalls();
-  points.Draw(&render);
+  RestoreAndDraw();
   // 600 quads a chunk is 200 points.
   EXPECT_EQ(render.Calls("DrawIndexed"), (std::vector<std::string>{"DrawIndexedPrimitive 5 2400 3598",
                                                                    "DrawIndexedPrimitive 5 600 898"}));
-  const VertexPCT *v = render.VertexBuffer(1)->Vertices<VertexPCT>();
+  const VertexPCT *v = Vertices(1);
   ExpectCorner(v[0], -1, 2, 0, 0, 0);  // z fixed
   ExpectCorner(v[3], 1, -2, 0, 1, 1);
   ExpectCorner(v[4], -1, 0, 3, 0, 0);  // y fixed
   ExpectCorner(v[7], 1, 0, -3, 1, 1);
   ExpectCorner(v[8], 0, -2, 3, 0, 0);  // x fixed
   ExpectCorner(v[11], 0, 2, -3, 1, 1);
-  EXPECT_TRUE(render.m_Faults.empty());
-  points.InvalidateDevice(&render);
 }
 
-TEST(RenderPoints, ObjectTypeAndStaleRingsDrawNothing) {
-  CRecordRender render;
-  CRenderPoints points;
+TEST_F(RenderPoints, ObjectTypeAndStaleRingsDrawNothing) {
   points.SetSize(10, PRIM_Object);
   ASSERT_TRUE(points.RestoreDevice(&render));
   EXPECT_TRUE(render.Calls("Create").empty());
@@ -122,5 +120,4 @@ TEST(RenderPoints, ObjectTypeAndStaleRingsDrawNothing) {
   points.SetSize(0, PRIM_Point);
   points.Draw(&render);
   EXPECT_EQ(render.m_Draws.size(), 1u);
-  points.InvalidateDevice(&render);
 }

@@ -90,12 +90,11 @@ TEST(RenderStates, CullModeSwapsWindingWhileFlipped) {
   render.SetCullMode(CULL_Clockwise);
   EXPECT_EQ(render.m_States[RS_CullMode], CULL_Clockwise);
   render.m_Flipped = true;
-  render.SetCullMode(CULL_Clockwise);
-  EXPECT_EQ(render.m_States[RS_CullMode], CULL_CounterClockwise);
-  render.SetCullMode(CULL_CounterClockwise);
-  EXPECT_EQ(render.m_States[RS_CullMode], CULL_Clockwise);
-  render.SetCullMode(CULL_None);
-  EXPECT_EQ(render.m_States[RS_CullMode], CULL_None);
+  for (auto [mode, expected] : {std::pair{CULL_Clockwise, CULL_CounterClockwise},
+                                {CULL_CounterClockwise, CULL_Clockwise}, {CULL_None, CULL_None}}) {
+    render.SetCullMode(mode);
+    EXPECT_EQ(render.m_States[RS_CullMode], expected) << mode;
+  }
 }
 
 TEST(Viewport, FractionsOfTheUnitTruncateAndClipToIt) {
@@ -111,12 +110,9 @@ TEST(Viewport, FractionsOfTheUnitTruncateAndClipToIt) {
 }
 
 TEST(DrawCounts, PrimitivesBecomeVerticesByType) {
-  EXPECT_EQ(PrimitiveVertexCount(PT_PointList, 7), 7);
-  EXPECT_EQ(PrimitiveVertexCount(PT_LineList, 7), 14);
-  EXPECT_EQ(PrimitiveVertexCount(PT_LineStrip, 7), 8);
-  EXPECT_EQ(PrimitiveVertexCount(PT_TriangleList, 7), 21);
-  EXPECT_EQ(PrimitiveVertexCount(PT_TriangleStrip, 7), 9);
-  EXPECT_EQ(PrimitiveVertexCount(0, 7), 0);
+  // Seven of each: points, lines, line strip, triangles, triangle strip; 0 is no type.
+  const int expected[] = {0, 7, 14, 8, 21, 9};
+  for (int type = 0; type <= PT_TriangleStrip; ++type) EXPECT_EQ(PrimitiveVertexCount(type, 7), expected[type]) << type;
 
   CRecordRender render;
   CTexture *texture = render.CreateTexture(300, 200, 0, TF_A8R8G8B8, TT_RenderTarget);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <tuple>
 
 #include "fx/FxManager.h"
 #include "nodes/effect/FxNode.h"
@@ -72,35 +73,23 @@ TEST_F(EffectFiles, ParametersBecomePortsAfterTheCommonOnes) {
                                       "CullMode", "Gain", "Plain", "Dir", "Tint", "Count", "Flag", "Image"}));
   EXPECT_TRUE(log.Has("Effect: \"" + (dir / "nodes/effect/AllKinds.cgfx") + "\" Param: \"gLost\" is missing semantics"));
 
+  // (value, min, max, step) from the annotations, or the defaults where there are none.
   auto *gain = dynamic_cast<CPortFloat *>(info->m_InPorts[7]);
-  ASSERT_TRUE(gain);
-  EXPECT_EQ(gain->m_Desc, "How bright");
-  EXPECT_FLOAT_EQ(gain->m_Value, 2);
-  EXPECT_FLOAT_EQ(gain->m_Min, 0.5f);
-  EXPECT_FLOAT_EQ(gain->m_Max, 4);
-  EXPECT_FLOAT_EQ(gain->m_Step, 0.25f);
   auto *plain = dynamic_cast<CPortFloat *>(info->m_InPorts[8]);
-  ASSERT_TRUE(plain);
-  EXPECT_EQ(plain->GetText(), "0");
-  EXPECT_FLOAT_EQ(plain->m_Min, 0);
-  EXPECT_FLOAT_EQ(plain->m_Max, 1);
-  EXPECT_FLOAT_EQ(plain->m_Step, 0.01f);
   auto *dirPort = dynamic_cast<CPortVector *>(info->m_InPorts[9]);
-  ASSERT_TRUE(dirPort);
-  EXPECT_EQ(dirPort->GetText(), "1 2 3");
-  EXPECT_FLOAT_EQ(dirPort->m_Min.z, -3);
-  EXPECT_FLOAT_EQ(dirPort->m_Max.x, 10000);
-  EXPECT_FLOAT_EQ(dirPort->m_Step.y, 0.5f);  // one value for every axis
   auto *tint = dynamic_cast<CPortColor *>(info->m_InPorts[10]);
-  ASSERT_TRUE(tint);
+  auto *count = dynamic_cast<CPortInt *>(info->m_InPorts[11]);
+  auto *flag = dynamic_cast<CPortBool *>(info->m_InPorts[12]);
+  ASSERT_TRUE(gain && plain && dirPort && tint && count && flag);
+  EXPECT_EQ(gain->m_Desc, "How bright");
+  EXPECT_EQ(std::make_tuple(gain->m_Value, gain->m_Min, gain->m_Max, gain->m_Step), std::make_tuple(2.f, 0.5f, 4.f, 0.25f));
+  EXPECT_EQ(std::make_tuple(plain->m_Value, plain->m_Min, plain->m_Max, plain->m_Step), std::make_tuple(0.f, 0.f, 1.f, 0.01f));
+  EXPECT_EQ(dirPort->GetText(), "1 2 3");
+  // One step for every axis; no UIMax gives the default.
+  EXPECT_EQ(std::make_tuple(dirPort->m_Min.z, dirPort->m_Max.x, dirPort->m_Step.y), std::make_tuple(-3.f, 10000.f, 0.5f));
   EXPECT_FLOAT_EQ(tint->m_Value.g, 0.25f);
   // Int and Bool ports ignore the file's value.
-  auto *count = dynamic_cast<CPortInt *>(info->m_InPorts[11]);
-  ASSERT_TRUE(count);
-  EXPECT_EQ(count->m_Value, 0);
-  EXPECT_EQ(count->m_Min, -10000);
-  auto *flag = dynamic_cast<CPortBool *>(info->m_InPorts[12]);
-  ASSERT_TRUE(flag);
+  EXPECT_EQ(std::make_pair(count->m_Value, count->m_Min), std::make_pair(0, -10000));
   EXPECT_TRUE(flag->m_Value);
   EXPECT_TRUE(dynamic_cast<CPortTexture *>(info->m_InPorts[13]));
 }
@@ -201,10 +190,9 @@ TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
   EXPECT_EQ(Value("gTime"), std::vector<float>{12.5f});
   EXPECT_EQ(Value("gElapsed"), std::vector<float>{0.25f});
   node->BeginPass(pass);
-  EXPECT_EQ(Value("gGain"), std::vector<float>{3});
-  EXPECT_EQ(Value("gDir"), (std::vector<float>{0.5f, 0, -1}));
-  EXPECT_EQ(Value("gCount"), std::vector<float>{4});
-  EXPECT_EQ(Value("gFlag"), std::vector<float>{0});
+  for (auto [name, value] : {std::pair<const char *, std::vector<float>>{"gGain", {3}},
+                             {"gDir", {0.5f, 0, -1}}, {"gCount", {4}}, {"gFlag", {0}}})
+    EXPECT_EQ(Value(name), value) << name;
   // The DIFFUSE color is the port's times the drawn item's.
   const float item[4] = {0.5f, 0.5f, 1, 1};
   node->SetColor(item);
@@ -227,13 +215,10 @@ TEST_F(EffectInstance, BeginAppliesTheStatePorts) {
   node->FindInPort("CullMode")->SetText("0");
   Update();
   ASSERT_TRUE(node->Begin());
-  EXPECT_EQ(render.m_States[RS_DepthTest], 1);
-  EXPECT_EQ(render.m_States[RS_DepthWrite], 0);
-  EXPECT_EQ(render.m_States[RS_AlphaTest], 0);
   // Alpha blending off resets the factors, then the ports set them.
-  EXPECT_EQ(render.m_States[RS_SrcBlend], BLEND_One);
-  EXPECT_EQ(render.m_States[RS_DstBlend], BLEND_One);
-  EXPECT_EQ(render.m_States[RS_CullMode], CULL_None);
+  const std::pair<int, int> expected[] = {{RS_DepthTest, 1},        {RS_DepthWrite, 0},       {RS_AlphaTest, 0},
+                                          {RS_SrcBlend, BLEND_One}, {RS_DstBlend, BLEND_One}, {RS_CullMode, CULL_None}};
+  for (auto [state, value] : expected) EXPECT_EQ(render.m_States[state], value) << "state " << state;
   node->FindInPort("AlphaBlend")->SetText("true");
   Update();
   node->Begin();

@@ -4,10 +4,13 @@
 #include "nodes/render/RenderObjectNode.h"
 #include "scene/Dag.h"
 #include "scene/NodeFactory.h"
+#include "support/FailingRender.h"
 #include "support/LogCapture.h"
 #include "support/TestDrawNodes.h"
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 namespace {
 // Offers an effect on its out-port.
@@ -22,12 +25,6 @@ class CEffectSourceNode : public CNode {
   CPDEffect *effect = nullptr;
 };
 
-// A renderer whose buffer allocations fail.
-class CNoBufferRender : public CRecordRender {
- public:
-  CVertexBuffer *CreateVertexBuffer(int, int, int) override { return nullptr; }
-};
-
 class RenderFlow : public testing::Test {
  protected:
   RenderFlow() {
@@ -38,7 +35,14 @@ class RenderFlow : public testing::Test {
     render.m_Callbacks.onRender = [this] { dag.Draw(&render); };
   }
   CNode *Add(const char *type) { return dag.AddNode(type); }
-  void Connect(const char *out, const char *in) { ASSERT_TRUE(dag.CreateConnection(out, in)) << out << " -> " << in; }
+  // A TestEffect node offering an effect of `passes` passes.
+  void AddEffect(int passes) {
+    effect = std::make_unique<CTestEffect>("E", passes);
+    static_cast<CEffectSourceNode *>(Add("TestEffect"))->effect = effect.get();
+  }
+  void Connect(std::initializer_list<std::pair<const char *, const char *>> links) {
+    for (auto [out, in] : links) ASSERT_TRUE(dag.CreateConnection(out, in)) << out << " -> " << in;
+  }
   std::vector<std::string> Frame() {
     dag.Update(0.04f);
     render.ClearCalls();
@@ -52,6 +56,7 @@ class RenderFlow : public testing::Test {
   }
 
   CNodeFactoryRef factory;
+  std::unique_ptr<CTestEffect> effect;
   CDag dag;
   CRecordRender render{200, 100};
 };
@@ -63,7 +68,7 @@ TEST_F(RenderFlow, ScreenSetsTheViewportThenRunsTheChainFromItsFarEnd) {
   CNode *clear = Add("Clear");
   clear->FindInPort("Color")->SetText("0.5 0.25 1 1");
   dag.m_Screen->FindInPort("Viewport")->SetText("0.5 0 0.5 1");
-  Connect("Clear1.Render", "Screen1.Render");
+  Connect({{"Clear1.Render", "Screen1.Render"}});
   EXPECT_EQ(Frame(), (std::vector<std::string>{"SetViewport 0.5 0 0.5 1", "Clear 0.5 0.25 1 1 1 3"}));
 }
 
@@ -71,19 +76,16 @@ TEST_F(RenderFlow, RenderRectBuildsItsGridAndDrawsItOncePerPass) {
   Add("Screen");
   CNode *rect = Add("RenderRect");
   Add("Clear");
-  auto *effects = static_cast<CEffectSourceNode *>(Add("TestEffect"));
-  CTestEffect effect("E", 2);
-  effects->effect = &effect;
-  Connect("RenderRect1.Render", "Screen1.Render");
-  Connect("Clear1.Render", "RenderRect1.Render");
+  AddEffect(2);
+  Connect({{"RenderRect1.Render", "Screen1.Render"}, {"Clear1.Render", "RenderRect1.Render"}});
   rect->FindInPort("TesselateW")->SetText("2");
   rect->FindInPort("TesselateH")->SetText("3");
   // The first draw builds the grid; without an effect nothing more is drawn.
   EXPECT_EQ(Frame(), (std::vector<std::string>{"CreateVertexBuffer 12 0 4 vb1", "CreateIndexBuffer 36 0 ib1", "Lock vb1",
                                                "Unlock vb1", "Lock ib1", "Unlock ib1", "SetViewport 0 0 1 1",
                                                "Clear 0 0 0 1 1 3"}));
-  Connect("TestEffect1.Effect", "RenderRect1.Effect");
-  auto calls = Frame();
+  Connect({{"TestEffect1.Effect", "RenderRect1.Effect"}});
+  Frame();
   ASSERT_EQ(render.Calls("E.BeginPass").size(), 2u);
   ASSERT_EQ(render.Calls("DrawIndexedPrimitive").size(), 2u);
   EXPECT_EQ(render.Calls("DrawIndexedPrimitive")[0], "DrawIndexedPrimitive 4 0 12");
@@ -94,14 +96,13 @@ TEST_F(RenderFlow, RenderRectBuildsItsGridAndDrawsItOncePerPass) {
   EXPECT_EQ(vb->m_Size, 12);
   EXPECT_EQ(vb->m_Format, VBF_PNTBTC);
   const VertexPNTBTC *v = vb->Vertices<VertexPNTBTC>();
-  EXPECT_FLOAT_EQ(v[0].x, -0.5f);
-  EXPECT_FLOAT_EQ(v[0].y, 0.5f);
+  // Corners of the unit square at z 0; row 1, column 1 at texture (0.5, 2/3).
+  EXPECT_EQ(std::make_pair(v[0].x, v[0].y), std::make_pair(-0.5f, 0.5f));
   EXPECT_FLOAT_EQ(v[11].x, 0.5f);
   EXPECT_NEAR(v[11].y, -0.5f, 1e-6);
-  EXPECT_FLOAT_EQ(v[4].u, 0.5f);         // row 1, column 1
+  EXPECT_FLOAT_EQ(v[4].u, 0.5f);
   EXPECT_NEAR(v[4].v, 2.0f / 3.0f, 1e-6);
-  EXPECT_EQ(v[7].nz, -1.0f);
-  EXPECT_EQ(v[7].color, 0xFFFFFFFFu);
+  EXPECT_EQ(std::make_pair(v[7].nz, v[7].color), std::make_pair(-1.0f, 0xFFFFFFFFu));
   const uint16_t *ix = render.IndexBuffer(1)->Indices();
   EXPECT_EQ(render.IndexBuffer(1)->m_Size, 36);
   EXPECT_EQ(std::vector<uint16_t>(ix, ix + 6), (std::vector<uint16_t>{0, 4, 3, 4, 0, 1}));
@@ -127,7 +128,8 @@ TEST_F(RenderFlow, RenderRectBuildsItsGridAndDrawsItOncePerPass) {
 
 TEST_F(RenderFlow, FailedBufferCreationIsReportedAndDrawsNothing) {
   LogCapture log;
-  CNoBufferRender failing;
+  CFailingRender failing;
+  failing.m_VertexBuffersLeft = 0;
   CNode *rect = Add("RenderRect");
   EXPECT_FALSE(rect->RestoreDevice(&failing));
   const std::string prefix =
@@ -139,16 +141,15 @@ TEST_F(RenderFlow, FailedBufferCreationIsReportedAndDrawsNothing) {
 TEST_F(RenderFlow, RenderObjectDrawsItsObjectThroughItsOwnCamera) {
   Add("Screen");
   CNode *ro = Add("RenderObject");
-  CNode *meshObject = Add("MeshObject");
+  Add("MeshObject");
   Add("TestMesh");
-  auto *effects = static_cast<CEffectSourceNode *>(Add("TestEffect"));
-  CTestEffect effect("E", 1);
-  effects->effect = &effect;
-  Connect("RenderObject1.Render", "Screen1.Render");
-  Connect("MeshObject1.Object", "RenderObject1.Object");
-  Connect("TestMesh1.Mesh", "MeshObject1.Mesh");
-  EXPECT_TRUE(Frame().empty() || render.Calls("E.").empty());  // no effect: no item
-  Connect("TestEffect1.Effect", "MeshObject1.Effect");
+  AddEffect(1);
+  Connect({{"RenderObject1.Render", "Screen1.Render"},
+           {"MeshObject1.Object", "RenderObject1.Object"},
+           {"TestMesh1.Mesh", "MeshObject1.Mesh"}});
+  Frame();
+  EXPECT_TRUE(render.Calls("E.").empty());  // no effect: no item
+  Connect({{"TestEffect1.Effect", "MeshObject1.Effect"}});
   ro->FindInPort("Pos")->SetText("1 2 3");
   ro->FindInPort("Col")->SetText("0.5 1 1 1");
   Frame();
@@ -161,10 +162,46 @@ TEST_F(RenderFlow, RenderObjectDrawsItsObjectThroughItsOwnCamera) {
   const CCamera &camera = static_cast<CRenderObjectNode *>(ro)->Camera();
   EXPECT_FLOAT_EQ(camera.m_View.m[14], 2.0f);
   EXPECT_FLOAT_EQ(camera.m_View.m[0], 1.0f);
-  EXPECT_FLOAT_EQ(camera.m_Near, 0.1f);
-  EXPECT_FLOAT_EQ(camera.m_Far, 2000.0f);
+  EXPECT_EQ(std::make_pair(camera.m_Near, camera.m_Far), std::make_pair(0.1f, 2000.0f));
   ro->FindInPort("ScaleByAspect")->SetText("true");
   Frame();  // the draw sets Aspect to 2; the next update uses it
   Frame();
   EXPECT_FLOAT_EQ(camera.m_View.m[0], 2.0f);
+}
+
+// A mesh generator in a running scene: generated once after the update,
+// uploaded on the draw, generated again only when one of its ports changes,
+// and its buffers gone when the scene leaves the screen.
+TEST_F(RenderFlow, MeshesAreGeneratedOnceUploadedOnDrawAndReleasedWithTheScene) {
+  for (const char *type : {"Screen", "RenderObject", "MeshObject", "Cube"}) Add(type);
+  AddEffect(1);
+  Connect({{"RenderObject1.Render", "Screen1.Render"},
+           {"MeshObject1.Object", "RenderObject1.Object"},
+           {"Cube1.Mesh", "MeshObject1.Mesh"},
+           {"TestEffect1.Effect", "MeshObject1.Effect"}});
+  ASSERT_TRUE(dag.RestoreDevice(&render));
+  dag.Activate();
+  Frame();
+  EXPECT_EQ(render.Calls("CreateVertexBuffer"), std::vector<std::string>{"CreateVertexBuffer 24 1 4 vb1"});
+  EXPECT_EQ(render.Calls("DrawIndexedPrimitive"), std::vector<std::string>{"DrawIndexedPrimitive 4 24 12"});
+
+  // Nothing changed: drawn again from the same buffers, no upload.
+  Frame();
+  EXPECT_TRUE(render.Calls("Lock").empty());
+  EXPECT_EQ(render.Calls("DrawIndexedPrimitive").size(), 1u);
+
+  // A changed size regenerates and uploads into the buffers it has.
+  CPort *size = dag.FindNode("Cube1")->FindInPort("Size");
+  size->SetText("2 2 2");
+  size->m_Changed = true;  // as a command or a connection would leave it
+  Frame();
+  EXPECT_TRUE(render.Calls("Create").empty());
+  EXPECT_EQ(render.Calls("Lock").size(), 2u);
+  EXPECT_FLOAT_EQ(render.VertexBuffer(1)->Vertices<VertexPNTBTC>()[0].y, 1.0f);
+
+  dag.Deactivate();
+  dag.InvalidateDevice(&render);
+  EXPECT_EQ(render.VertexBuffer(1), nullptr);
+  EXPECT_EQ(render.IndexBuffer(1), nullptr);
+  EXPECT_TRUE(render.m_Faults.empty());
 }

@@ -5,44 +5,12 @@
 #include <memory>
 
 #include "nodes/BuiltinNodes.h"
-#include "nodes/render/RenderToTextureNode.h"
-#include "render/RecordRender.h"
-#include "render/RenderTypes.h"
-#include "renderogl/TextureManager.h"
 #include "scene/NodeFactory.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
+#include "support/RecordTargets.h"
 
 namespace {
-// Targets made of recorder textures; Begin, End and Release are noted.
-class CFakeTargets : public CRenderTargetSource {
- public:
-  ~CFakeTargets() override {
-    for (auto &t : targets) {
-      t->m_Color->Release();
-      delete t->m_Color;
-    }
-  }
-  CRenderTarget *Create(CRender &render, int width, int height) override {
-    auto target = std::make_unique<CRenderTarget>();
-    target->m_Width = width;
-    target->m_Height = height;
-    target->m_Color = render.CreateTexture(width, height, 0, TF_A8R8G8B8, TT_RenderTarget);
-    target->m_Color->m_Flags |= TEXF_Pooled;
-    targets.push_back(std::move(target));
-    return targets.back().get();
-  }
-  void Begin(CRenderTarget &target, CRender &render) override { Note(render, "BeginTarget", target); }
-  void End(CRenderTarget &target, CRender &render) override { Note(render, "EndTarget", target); }
-  void Release(CRender &render, CTexture *color) override {
-    static_cast<CRecordRender &>(render).Record("Release %s", (color->m_Flags & TEXF_Pooled) ? "pooled" : "kept");
-  }
-  void Note(CRender &render, const char *what, const CRenderTarget &target) {
-    static_cast<CRecordRender &>(render).Record("%s %dx%d", what, target.m_Width, target.m_Height);
-  }
-  std::vector<std::unique_ptr<CRenderTarget>> targets;
-};
-
 struct RenderToTexture : testing::Test {
   RenderToTexture() {
     InstallBuiltinNodes();
@@ -64,16 +32,13 @@ struct RenderToTexture : testing::Test {
     return t ? t->GetTexture(&render) : nullptr;
   }
   std::vector<std::string> Calls() {
-    std::vector<std::string> calls;
-    for (const std::string &c : render.m_Calls)
-      for (const char *kept : {"BeginTarget", "Clear", "EndTarget", "Release"})
-        if (c.rfind(kept, 0) == 0) calls.push_back(c);
+    std::vector<std::string> calls = CallsStartingWith(render, {"BeginTarget", "Clear", "EndTarget", "ReleaseTarget"});
     render.ClearCalls();
     return calls;
   }
 
   CNodeFactoryRef factory;
-  CFakeTargets targets;
+  CRecordTargets targets;
   CRecordRender render{200, 100};
   FrameInfo frame;
   std::unique_ptr<CRenderToTextureNode> rtt;
@@ -82,22 +47,18 @@ struct RenderToTexture : testing::Test {
 }  // namespace
 
 TEST_F(RenderToTexture, SizesFollowTheTableOfTheRenderUnit) {
-  int w, h;
   render.SetUnits({{0, 0, 1600, 32}});
-  rtt->FindInPort("Width")->SetText("4");
-  rtt->FindInPort("Height")->SetText("5");
-  rtt->TextureSize(render, w, h);
-  EXPECT_EQ(w, 99);  // 6.225%, not 6.25%
-  EXPECT_EQ(h, 2);   // 1 pixel, raised to the least height
-  rtt->FindInPort("Width")->SetText("0");
-  rtt->FindInPort("Height")->SetText("1");
-  rtt->TextureSize(render, w, h);
-  EXPECT_EQ(w, 1600);
-  EXPECT_EQ(h, 16);
-  rtt->FindInPort("Width")->SetText("-1");
+  auto size = [&](const char *width, const char *height) {
+    rtt->FindInPort("Width")->SetText(width);
+    rtt->FindInPort("Height")->SetText(height);
+    int w, h;
+    rtt->TextureSize(render, w, h);
+    return std::pair{w, h};
+  };
+  EXPECT_EQ(size("4", "5"), std::pair(99, 2));  // 6.225%, not 6.25%; 1 pixel raised to the least height
+  EXPECT_EQ(size("0", "1"), std::pair(1600, 16));
   rtt->FindInPort("WidthCustom")->SetText("300");
-  rtt->TextureSize(render, w, h);
-  EXPECT_EQ(w, 300);
+  EXPECT_EQ(size("-1", "1").first, 300);
 }
 
 TEST_F(RenderToTexture, ChangingTheSizeAsksForNewDeviceObjects) {
@@ -168,7 +129,7 @@ TEST_F(RenderToTexture, InvalidatingGivesBothTargetsBackToThePool) {
   Read("ColorNext");
   Calls();
   rtt->InvalidateDevice(&render);
-  EXPECT_EQ(Calls(), (std::vector<std::string>{"Release pooled", "Release pooled"}));
+  EXPECT_EQ(Calls(), (std::vector<std::string>{"ReleaseTarget pooled", "ReleaseTarget pooled"}));
   EXPECT_FALSE(rtt->Target(0));
   EXPECT_FALSE(rtt->Target(1));
 }
