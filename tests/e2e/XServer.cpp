@@ -5,6 +5,8 @@
 #include <X11/extensions/Xrandr.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace {
 // Reading a window that is being torn down must not end the test program.
@@ -118,4 +120,11 @@ double XServer::LitShare(Window window) {
 void XServer::MovePointer(int x, int y) {
   XTestFakeMotionEvent(m_Display, -1, x, y, CurrentTime);
   XFlush(m_Display);
+}
+
+void XServer::SweepPointer(int y) {
+  for (int i = 0; i < 8; ++i) {
+    MovePointer(20 + 15 * i, y);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
 }

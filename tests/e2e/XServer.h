@@ -39,6 +39,8 @@ class XServer {
 
   // Moves the pointer to (x, y) on the root, as a real mouse would.
   void MovePointer(int x, int y);
+  // Eight big moves across the left of the screen at height y, 10 ms apart.
+  void SweepPointer(int y);
 
  private:
   Display *m_Display = nullptr;
