@@ -7,22 +7,9 @@
 #include "fx/FxManager.h"
 #include "fx/FxMatrixSemantics.h"
 #include "fx/FxText.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <unistd.h>
-
-namespace {
-std::string TempFile(const std::string &content) {
-  char path[] = "/tmp/velmor-fx-XXXXXX";
-  int fd = mkstemp(path);
-  FILE *f = fdopen(fd, "wb");
-  fwrite(content.data(), 1, content.size(), f);
-  fclose(f);
-  return path;
-}
-}  // namespace
 
 TEST(FxManager, BestTechniqueSkipsOneThatDoesNotTranslate) {
   FxLogCapture log;
@@ -118,10 +105,11 @@ TEST(FxText, ShaderHeaderFilterAndRetryWhenMissing) {
   std::string missing = "/tmp/velmor-no-such-header.cgh";
   LoadShaderHeader(missing.c_str());
   EXPECT_EQ(GetShaderHeader(), "");
-  std::string path = TempFile("float _noisefast(float x) { return x; }\n\n");
-  LoadShaderHeader(path.c_str());
+  {
+    TempDir dir;
+    LoadShaderHeader(dir.Write("header.cgh", "float _noisefast(float x) { return x; }\n\n").c_str());
+  }
   EXPECT_EQ(GetShaderHeader(), "float _noisefast(float x) { return x; }\n");
-  unlink(path.c_str());
   LoadShaderHeader(missing.c_str());  // already loaded: kept
   EXPECT_FALSE(GetShaderHeader().empty());
   ResetShaderHeader();
