@@ -6,6 +6,7 @@
 #include <chrono>
 #include <string>
 #include <sys/types.h>
+#include <thread>
 #include <vector>
 
 #include "support/TempDir.h"
@@ -24,6 +25,14 @@ class VelmorProcess {
   // Waits for the program to end; false (and the program still running)
   // when it outlives the timeout.
   bool WaitForExit(std::chrono::milliseconds timeout);
+  // Asks `done` every `step` until it holds, the timeout passes or the
+  // program ends.
+  template <class Done>
+  void PollWhileRunning(std::chrono::milliseconds timeout, std::chrono::milliseconds step, Done done) {
+    for (auto until = std::chrono::steady_clock::now() + timeout;
+         std::chrono::steady_clock::now() < until && Running() && !done(); std::this_thread::sleep_for(step)) {
+    }
+  }
   void Signal(int signal);
   // Exit status as waitpid reports it; -1 until the program has ended.
   int ExitStatus() const { return m_Status; }
@@ -43,3 +52,6 @@ class VelmorProcess {
 // True when `wanted` occur in `lines` in this order (others may come between).
 bool InOrder(const std::vector<std::string> &lines, const std::vector<std::string> &wanted);
 std::string Joined(const std::vector<std::string> &lines);
+// What the log says, in this order, when the program shuts down cleanly.
+inline const std::vector<std::string> kShutdownLines = {"Received WM_CLOSE", "Received WM_DESTROY. Do postquit 1",
+                                                        "** Exiting main message loop ** "};

@@ -2,13 +2,15 @@
 
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
-#include <X11/extensions/Xrandr.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace {
 // Reading a window that is being torn down must not end the test program.
 int IgnoreErrors(Display *, XErrorEvent *) { return 0; }
+const char kMonitorPrefix[] = "VELMOR-E2E-";
 }  // namespace
 
 XServer::XServer() {
@@ -19,39 +21,13 @@ XServer::XServer() {
 XServer::~XServer() {
   if (!m_Display) return;
   for (Window w : m_Windows) XDestroyWindow(m_Display, w);
-  for (const std::string &name : m_MonitorNames)
-    XRRDeleteMonitor(m_Display, DefaultRootWindow(m_Display), XInternAtom(m_Display, name.c_str(), False));
+  DeleteVirtualMonitors(m_Display, kMonitorPrefix, m_Monitors);
   XCloseDisplay(m_Display);
 }
 
 bool XServer::AddMonitors(const std::vector<MonitorRect> &monitors) {
-  if (!m_Display) return false;
-  Window root = DefaultRootWindow(m_Display);
-  XRRScreenResources *res = XRRGetScreenResourcesCurrent(m_Display, root);
-  for (size_t i = 0; i < monitors.size(); ++i) {
-    const bool first = i == 0;
-    const RROutput output = first && res && res->noutput ? res->outputs[0] : 0;
-    std::string name = "VELMOR-E2E-" + std::to_string(i);
-    XRRMonitorInfo *m = XRRAllocateMonitor(m_Display, output ? 1 : 0);
-    m->name = XInternAtom(m_Display, name.c_str(), False);
-    m->primary = first;
-    m->x = monitors[i].x;
-    m->y = monitors[i].y;
-    m->width = monitors[i].width;
-    m->height = monitors[i].height;
-    m->mwidth = monitors[i].width / 4;
-    m->mheight = monitors[i].height / 4;
-    if (output) m->outputs[0] = output;
-    XRRSetMonitor(m_Display, root, m);
-    XRRFreeMonitors(m);
-    m_MonitorNames.push_back(name);
-  }
-  if (res) XRRFreeScreenResources(res);
-  XSync(m_Display, False);
-  int count = 0;
-  XRRMonitorInfo *now = XRRGetMonitors(m_Display, root, True, &count);
-  if (now) XRRFreeMonitors(now);
-  return count == static_cast<int>(monitors.size());
+  m_Monitors = monitors.size();
+  return m_Display && AddVirtualMonitors(m_Display, kMonitorPrefix, monitors);
 }
 
 Window XServer::CreateWindow(int width, int height) {
@@ -118,4 +94,11 @@ double XServer::LitShare(Window window) {
 void XServer::MovePointer(int x, int y) {
   XTestFakeMotionEvent(m_Display, -1, x, y, CurrentTime);
   XFlush(m_Display);
+}
+
+void XServer::SweepPointer(int y) {
+  for (int i = 0; i < 8; ++i) {
+    MovePointer(20 + 15 * i, y);
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
 }

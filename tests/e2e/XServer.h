@@ -3,14 +3,10 @@
 // monitors, windows for the program to draw into, pictures of windows and
 // synthetic pointer motion.
 
-#include <X11/Xlib.h>
-
 #include <string>
 #include <vector>
 
-struct MonitorRect {
-  int x, y, width, height;
-};
+#include "e2e/VirtualMonitors.h"
 
 class XServer {
  public:
@@ -22,8 +18,7 @@ class XServer {
   bool Ok() const { return m_Display != nullptr; }
   Display *Get() const { return m_Display; }
 
-  // Side-by-side RandR virtual monitors that last while this connection
-  // does; the first takes over the screen's output so that only these count.
+  // Virtual monitors for as long as this connection lasts.
   bool AddMonitors(const std::vector<MonitorRect> &monitors);
 
   // A mapped black top-level window.
@@ -39,9 +34,11 @@ class XServer {
 
   // Moves the pointer to (x, y) on the root, as a real mouse would.
   void MovePointer(int x, int y);
+  // Eight big moves across the left of the screen at height y, 10 ms apart.
+  void SweepPointer(int y);
 
  private:
   Display *m_Display = nullptr;
-  std::vector<std::string> m_MonitorNames;
+  size_t m_Monitors = 0;
   std::vector<Window> m_Windows;
 };

@@ -82,15 +82,12 @@ TEST_F(FxGLSamplerTest, EachSamplerKindReadsItsTexels) {
     Draw(fx, t);
     return Read();
   };
-  for (int i = 0; i < 4; ++i)
-    EXPECT_THAT(sample(1, {(i + 0.5f) / 4, 0, 0, 0}), Near4(Unpack(Texel(i)), 1e-3f)) << "1D texel " << i;
-  for (int i = 0; i < 4; ++i)
-    EXPECT_THAT(sample(2, {(i % 2 + 0.5f) / 2, (i / 2 + 0.5f) / 2, 0, 0}), Near4(Unpack(Texel(i)), 1e-3f))
-        << "2D texel " << i;
-  for (int i = 0; i < 8; ++i)
-    EXPECT_THAT(sample(3, {(i % 2 + 0.5f) / 2, (i / 2 % 2 + 0.5f) / 2, (i / 4 + 0.5f) / 2, 0}),
-                Near4(Unpack(Texel(i)), 1e-3f))
-        << "3D texel " << i;
+  // Texel centres of each kind, x fastest: {kind, width, height, depth}.
+  for (auto [kind, w, h, d] : {std::array{1, 4, 1, 1}, {2, 2, 2, 1}, {3, 2, 2, 2}})
+    for (int i = 0; i < w * h * d; ++i)
+      EXPECT_THAT(sample(kind, {(i % w + 0.5f) / w, (i / w % h + 0.5f) / h, (i / (w * h) + 0.5f) / d, 0}),
+                  Near4(Unpack(Texel(i)), 1e-3f))
+          << kind << "D texel " << i;
   const Float4 directions[6] = {{1, 0, 0, 0}, {-1, 0, 0, 0}, {0, 1, 0, 0}, {0, -1, 0, 0}, {0, 0, 1, 0}, {0, 0, -1, 0}};
   for (int f = 0; f < 6; ++f)
     EXPECT_THAT(sample(4, directions[f]), Near4(Unpack(kFaces[f]), 1e-3f)) << "cube face " << f;

@@ -28,48 +28,39 @@ struct Preprocessed {
 };
 }  // namespace
 
-TEST(FxPreprocessor, ObjectAndFunctionMacrosExpandAndNest) {
-  Preprocessed r(
-      "#define PI 3.14159\n"
-      "#define SQR(x) ((x) * (x))\n"
-      "#define TWICE(f, v) f(v) + f(v)\n"
-      "#define CAT(a, b) a##b\n"
-      "#define STR(a) #a\n"
-      "float a = SQR(PI);\n"
-      "float b = TWICE(SQR, 2);\n"
-      "float CAT(gl, ow) = 1; string s = STR(hi there);\n"
-      "#undef PI\n"
-      "float c = PI;\n");
-  EXPECT_FALSE(r.diag.HasErrors()) << r.diag.Listing();
-  EXPECT_EQ(r.Text(),
-            "float a = ( ( 3.14159 ) * ( 3.14159 ) ) ; "
-            "float b = ( ( 2 ) * ( 2 ) ) + ( ( 2 ) * ( 2 ) ) ; "
-            "float glow = 1 ; string s = hi there ; float c = PI ;");
-}
-
-TEST(FxPreprocessor, FunctionMacroNeedsParenthesisAndSelfReferenceStops) {
-  Preprocessed r(
-      "#define F (x)\n"
-      "#define G(x) x\n"
-      "#define SELF SELF + 1\n"
-      "F G SELF G(\n1)\n");
-  EXPECT_FALSE(r.diag.HasErrors()) << r.diag.Listing();
-  EXPECT_EQ(r.Text(), "( x ) G SELF + 1 1");
-}
-
-TEST(FxPreprocessor, ConditionalsChooseOneBranchAtEveryLevel) {
-  Preprocessed r(
-      "#define A 2\n"
-      "#if defined(A) && A > 1\n one\n"
-      "#elif 1\n two\n"
-      "#else\n three\n"
-      "#endif\n"
-      "#ifdef B\n four\n #if 1\n five\n #endif\n#else\n six\n#endif\n"
-      "#ifndef B\n seven\n#endif\n"
-      "#if (1 << 3) % 5 == 3 ? !defined B : 0\n eight\n#endif\n"
-      "#if UNDEFINED_NAME\n nine\n#elif A == 2\n ten\n#endif\n");
-  EXPECT_FALSE(r.diag.HasErrors()) << r.diag.Listing();
-  EXPECT_EQ(r.Text(), "one six seven eight ten");
+TEST(FxPreprocessor, MacrosAndConditionalsExpandToTheParsersTokens) {
+  const struct {
+    const char *text, *tokens;
+  } cases[] = {
+      {"#define PI 3.14159\n"
+       "#define SQR(x) ((x) * (x))\n"
+       "#define TWICE(f, v) f(v) + f(v)\n"
+       "#define CAT(a, b) a##b\n"
+       "#define STR(a) #a\n"
+       "float a = SQR(PI);\n"
+       "float b = TWICE(SQR, 2);\n"
+       "float CAT(gl, ow) = 1; string s = STR(hi there);\n"
+       "#undef PI\n"
+       "float c = PI;\n",
+       "float a = ( ( 3.14159 ) * ( 3.14159 ) ) ; "
+       "float b = ( ( 2 ) * ( 2 ) ) + ( ( 2 ) * ( 2 ) ) ; "
+       "float glow = 1 ; string s = hi there ; float c = PI ;"},
+      // A function macro needs its parenthesis; a self reference stops.
+      {"#define F (x)\n#define G(x) x\n#define SELF SELF + 1\nF G SELF G(\n1)\n", "( x ) G SELF + 1 1"},
+      // One branch at every level.
+      {"#define A 2\n"
+       "#if defined(A) && A > 1\n one\n#elif 1\n two\n#else\n three\n#endif\n"
+       "#ifdef B\n four\n #if 1\n five\n #endif\n#else\n six\n#endif\n"
+       "#ifndef B\n seven\n#endif\n"
+       "#if (1 << 3) % 5 == 3 ? !defined B : 0\n eight\n#endif\n"
+       "#if UNDEFINED_NAME\n nine\n#elif A == 2\n ten\n#endif\n",
+       "one six seven eight ten"},
+  };
+  for (const auto &c : cases) {
+    Preprocessed r(c.text);
+    EXPECT_FALSE(r.diag.HasErrors()) << c.text << r.diag.Listing();
+    EXPECT_EQ(r.Text(), c.tokens) << c.text;
+  }
 }
 
 TEST(FxPreprocessor, LinesAndFilesSurviveIncludesAndComments) {
@@ -77,13 +68,11 @@ TEST(FxPreprocessor, LinesAndFilesSurviveIncludesAndComments) {
         {{"inc.cgh", "\n\nx\n#include <deep.cgh>\n"}, {"deep.cgh", "y"}});
   EXPECT_FALSE(r.diag.HasErrors()) << r.diag.Listing();
   ASSERT_EQ(r.Text(), "a x y b d e f");
-  auto where = [&](size_t i) { return r.diag.FileName(r.tokens[i].at.file) + ":" + std::to_string(r.tokens[i].at.line); };
-  EXPECT_EQ(where(0), "fx.cgfx:2");
-  EXPECT_EQ(where(1), "inc.cgh:3");
-  EXPECT_EQ(where(2), "deep.cgh:1");
-  EXPECT_EQ(where(3), "fx.cgfx:4");
-  EXPECT_EQ(where(5), "fx.cgfx:5");  // joined by the backslash
-  EXPECT_EQ(where(6), "fx.cgfx:7");
+  std::vector<std::string> where;
+  for (const FxToken &t : r.tokens) where.push_back(r.diag.FileName(t.at.file) + ":" + std::to_string(t.at.line));
+  // e is joined to d's line by the backslash.
+  EXPECT_EQ(where, (std::vector<std::string>{"fx.cgfx:2", "inc.cgh:3", "deep.cgh:1", "fx.cgfx:4", "fx.cgfx:5",
+                                             "fx.cgfx:5", "fx.cgfx:7"}));
 }
 
 TEST(FxPreprocessor, BrokenDirectivesReportFileAndLineAndCarryOn) {
@@ -112,12 +101,10 @@ TEST(FxLexer, NumbersStringsAndPunctuation) {
   std::vector<FxToken> t;
   LexLine("1.5f .5 2e-3 0x1F 3 \"a\\\"b\" >>= a.b x<<=y @", FxLocation{0, 7}, t, diag);
   ASSERT_EQ(t.size(), 13u);
-  EXPECT_EQ(t[0].kind, EFxTok::Float);
-  EXPECT_EQ(t[1].kind, EFxTok::Float);
-  EXPECT_EQ(t[2].kind, EFxTok::Float);
-  EXPECT_EQ(t[3].kind, EFxTok::Int);
-  EXPECT_EQ(t[4].kind, EFxTok::Int);
-  EXPECT_EQ(t[5].kind, EFxTok::String);
+  std::vector<EFxTok> kinds;
+  for (int i = 0; i < 6; ++i) kinds.push_back(t[i].kind);
+  using enum EFxTok;
+  EXPECT_EQ(kinds, (std::vector<EFxTok>{Float, Float, Float, Int, Int, String}));
   EXPECT_EQ(t[5].text, "a\"b");
   EXPECT_EQ(t[6].text, ">>=");
   EXPECT_EQ(t[11].text, "<<=");

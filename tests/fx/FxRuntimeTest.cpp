@@ -7,22 +7,9 @@
 #include "fx/FxManager.h"
 #include "fx/FxMatrixSemantics.h"
 #include "fx/FxText.h"
+#include "support/TempDir.h"
 
 #include <gtest/gtest.h>
-
-#include <cstdio>
-#include <unistd.h>
-
-namespace {
-std::string TempFile(const std::string &content) {
-  char path[] = "/tmp/velmor-fx-XXXXXX";
-  int fd = mkstemp(path);
-  FILE *f = fdopen(fd, "wb");
-  fwrite(content.data(), 1, content.size(), f);
-  fclose(f);
-  return path;
-}
-}  // namespace
 
 TEST(FxManager, BestTechniqueSkipsOneThatDoesNotTranslate) {
   FxLogCapture log;
@@ -118,61 +105,18 @@ TEST(FxText, ShaderHeaderFilterAndRetryWhenMissing) {
   std::string missing = "/tmp/velmor-no-such-header.cgh";
   LoadShaderHeader(missing.c_str());
   EXPECT_EQ(GetShaderHeader(), "");
-  std::string path = TempFile("float _noisefast(float x) { return x; }\n\n");
-  LoadShaderHeader(path.c_str());
+  {
+    TempDir dir;
+    LoadShaderHeader(dir.Write("header.cgh", "float _noisefast(float x) { return x; }\n\n").c_str());
+  }
   EXPECT_EQ(GetShaderHeader(), "float _noisefast(float x) { return x; }\n");
-  unlink(path.c_str());
   LoadShaderHeader(missing.c_str());  // already loaded: kept
   EXPECT_FALSE(GetShaderHeader().empty());
   ResetShaderHeader();
 }
 
-TEST(FxMatrixSemantics, AllFourteenFeedTheRightMatrixInTheRightLayout) {
-  const float W[16] = {0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 2, 0, 1, 2, 3, 1};  // rotate, scale, translate
-  const float V[16] = {1, 0, 0, 0, 0, 0, -1, 0, 0, 1, 0, 0, 4, -5, 6, 1};
-  const float P[16] = {1.5f, 0, 0, 0, 0, 2, 0, 0, 0, 0, -1.02f, -1, 0, 0, -0.2f, 0};
-  float WV[16], VP[16], WVP[16], WI[16], WIT[16], VI[16];
-  FxMultiply(W, V, WV);
-  FxMultiply(V, P, VP);
-  FxMultiply(WV, P, WVP);
-  FxAffineInverse(W, WI);
-  FxTranspose(WI, WIT);
-  FxAffineInverse(V, VI);
-  struct Case {
-    const char *semantic;
-    const float *engine;
-    bool cf;
-  } cases[] = {{"WORLDVIEWPROJECTION", WVP, true}, {"WORLD", W, true},          {"WORLDINVERSETRANSPOSE", WIT, true},
-               {"VIEWINVERSE", VI, true},          {"VIEW", V, true},          {"PROJECTION", P, true},
-               {"WORLDVIEW", WV, true},            {"VIEWPROJECTION", VP, true}, {"WORLDTRANSPOSE", W, false},
-               {"VIEWTRANSPOSE", V, false},        {"PROJECTIONTRANSPOSE", P, false},
-               {"WORLDVIEWPROJECTIONTRANSPOSE", WVP, false}, {"WORLDVIEWTRANSPOSE", WV, false},
-               {"VIEWPROJECTIONTRANSPOSE", VP, false}};
-  const float v[4] = {0.5f, -1, 2, 1};
-  for (const Case &c : cases) {
-    SCOPED_TRACE(c.semantic);
-    CFxDiagnostics diag;
-    auto fx = CFxEffect::Create(std::string("float4x4 m : ") + c.semantic + "; technique T { pass {} }", "t", diag);
-    ASSERT_TRUE(fx) << diag.Listing();
-    CFxParameter &p = fx->Parameters()[0];
-    ASSERT_TRUE(SetMatrixParameter(p, W, V, P));
-    const std::vector<float> &M = p.Value();  // as the shader sees it, row by row
-    for (int i = 0; i < 4; ++i) {
-      // cf: the shader's mul(M, v) is the engine's v * E; rf: its mul(v, M) is.
-      float shader = 0, engine = 0;
-      for (int k = 0; k < 4; ++k) {
-        shader += c.cf ? M[i * 4 + k] * v[k] : v[k] * M[k * 4 + i];
-        engine += v[k] * c.engine[k * 4 + i];
-      }
-      EXPECT_NEAR(shader, engine, 1e-4f) << "component " << i;
-    }
-  }
-  // W * inverse(W) is the identity, so the inverse is right.
-  float I[16];
-  FxMultiply(W, WI, I);
-  for (int i = 0; i < 16; ++i) EXPECT_NEAR(I[i], i % 5 == 0 ? 1 : 0, 1e-5f);
-}
-
+// What each matrix semantic feeds, and in which layout, is pinned on the
+// driver by FxGLTest.EveryMatrixSemanticMultipliesAsTheEngineDoes.
 TEST(FxMatrixSemantics, OtherSemanticsAndTypesAreLeftAlone) {
   CFxDiagnostics diag;
   auto fx = CFxEffect::Create(

@@ -1,5 +1,6 @@
 // Every scene we ship plays: it loads with no error, its effects compile on
-// the GL in use, and it puts a picture on the screen.
+// the GL in use, and it puts a picture on the screen. Also effects sampling
+// what render targets hold, whatever the sampler's filter asks for.
 #include "core/Log.h"
 #include "core/Paths.h"
 #include "engine/Velmor.h"
@@ -8,27 +9,66 @@
 #include "renderogl/GLTestSupport.h"
 #include "scene/Scene.h"
 #include "support/LogCapture.h"
+#include "support/TempDir.h"
 
 #include <filesystem>
 #include <set>
 #include <unistd.h>
 
 namespace {
+constexpr int kWidth = 128, kHeight = 96;
+
 std::string AssetsDir() { return std::string(VELMOR_SOURCE_ROOT) + "/assets"; }
 
+// Run from the shipped data folder, so that effect files are found as the
+// program finds them.
+class ShippedAssets : public testing::Test {
+ protected:
+  void SetUp() override {
+    VELMOR_REQUIRE_DISPLAY();
+    ASSERT_NE(getcwd(m_Cwd, sizeof(m_Cwd)), nullptr);
+    ASSERT_EQ(chdir(AssetsDir().c_str()), 0);
+    SetAppPaths(AssetsDir(), AssetsDir());
+    InstallBuiltinNodes();
+    m_Window = std::make_unique<GLWindow>(kWidth, kHeight);
+    ASSERT_TRUE(m_Window->Ok()) << GetFirstError();
+  }
+  void TearDown() override {
+    m_Window.reset();
+    SetAppPaths(".", ".");
+    if (m_Cwd[0]) EXPECT_EQ(chdir(m_Cwd), 0);
+  }
+
+  // Plays `frames` frames of `dt` seconds and draws one more, whose pixels
+  // it returns.
+  std::vector<uint8_t> FrameAfter(CVelmor &engine, int frames, float dt) {
+    CRender &render = m_Window->render;
+    m_Window->client.onRender = [&] { engine.Draw(&render); };
+    for (int frame = 0; frame < frames; ++frame) {
+      engine.Update(dt);
+      render.Render3DEnvironment(false);
+    }
+    engine.Update(dt);
+    render.SwitchToRenderUnit(0);
+    engine.Draw(&render);
+    m_Window->client.onRender = nullptr;
+    return m_Window->Pixels();
+  }
+
+  char m_Cwd[4096] = {};
+  std::unique_ptr<GLWindow> m_Window;
+};
+
 struct Picture {
-  std::set<uint32_t> colours;
   std::vector<uint32_t> samples;
   int nonBlack = 0;
 };
 
-Picture Look(GLWindow &window) {
+Picture Look(GLWindow &window, const std::vector<uint8_t> &pixels) {
   Picture p;
-  std::vector<uint8_t> pixels = window.Pixels();
-  for (int y = 0; y < 96; y += 4)
-    for (int x = 0; x < 128; x += 4) {
+  for (int y = 0; y < kHeight; y += 4)
+    for (int x = 0; x < kWidth; x += 4) {
       auto c = window.Pixel(pixels, x, y);
-      p.colours.insert(static_cast<uint32_t>(c[0] << 16 | c[1] << 8 | c[2]));
       p.samples.push_back(static_cast<uint32_t>(c[0] << 16 | c[1] << 8 | c[2]));
       p.nonBlack += (c[0] + c[1] + c[2]) > 30;
     }
@@ -36,17 +76,8 @@ Picture Look(GLWindow &window) {
 }
 }  // namespace
 
-TEST(BundledProjects, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
-  VELMOR_REQUIRE_DISPLAY();
+TEST_F(ShippedAssets, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
   LogCapture log;
-  char cwd[4096];
-  ASSERT_NE(getcwd(cwd, sizeof(cwd)), nullptr);
-  ASSERT_EQ(chdir(AssetsDir().c_str()), 0);  // effect files are found as the program finds them
-  SetAppPaths(AssetsDir(), AssetsDir());
-  InstallBuiltinNodes();
-  GLWindow window(128, 96);
-  ASSERT_TRUE(window.Ok()) << GetFirstError();
-
   std::vector<std::string> projects;
   for (const auto &e : std::filesystem::directory_iterator(AssetsDir() + "/projects"))
     if (e.path().extension() == ".vmp") projects.push_back(e.path().string());
@@ -61,25 +92,14 @@ TEST(BundledProjects, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
     request.mode = 3;
     const size_t errorsBefore = log.errors.size();
     ASSERT_TRUE(engine.Start(request)) << project;
-    engine.SetRender(&window.render);
+    engine.SetRender(&m_Window->render);
     engine.m_AutoGotoNextScene = false;
     ASSERT_FALSE(engine.m_Scenes.empty()) << project;
-    window.client.onRender = [&] { engine.Draw(&window.render); };
     for (int i = 0; i < static_cast<int>(engine.m_Scenes.size()); ++i) {
       engine.ActivateAnotherScene(CHANGE_Index, i, true, false);
       SCOPED_TRACE(project + ": " + engine.ActiveSceneName());
-      auto frameAfter = [&](int frames) {
-        for (int frame = 0; frame < frames; ++frame) {
-          engine.Update(0.25f);
-          window.render.Render3DEnvironment(false);
-        }
-        engine.Update(0.25f);
-        window.render.SwitchToRenderUnit(0);
-        engine.Draw(&window.render);
-        return Look(window);
-      };
-      const Picture first = frameAfter(4);
-      const Picture later = frameAfter(4);
+      const Picture first = Look(*m_Window, FrameAfter(engine, 4, 0.25f));
+      const Picture later = Look(*m_Window, FrameAfter(engine, 4, 0.25f));
       EXPECT_GT(first.nonBlack, 0);
       EXPECT_GT(later.nonBlack, 0);
       EXPECT_NE(first.samples, later.samples) << "the picture stands still";
@@ -87,7 +107,39 @@ TEST(BundledProjects, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
     engine.SetActiveScene(nullptr);
     EXPECT_EQ(log.errors.size(), errorsBefore) << project << ": " << log.errors.back();
   }
-  window.client.onRender = nullptr;
-  SetAppPaths(".", ".");
-  ASSERT_EQ(chdir(cwd), 0);
+}
+
+// A target drawn without mip maps must not read as black through a sampler
+// that filters with them.
+TEST_F(ShippedAssets, EffectsSampleTargetsWithAndWithoutMipMaps) {
+  TempDir dir;
+  for (const char *mipmaps : {"false", "true"}) {
+    SCOPED_TRACE(mipmaps);
+    LogCapture log;
+    // A target cleared to green, shown full screen through the Textured
+    // effect, whose sampler filters with mip maps.
+    const std::string file = dir.Write(
+        std::string("rtt-") + mipmaps + ".vms",
+        std::string("<Velmor><Transitions/><Scenes><Scene Name=\"R\"><Nodes>"
+                    "<Node Type=\"Screen\" Name=\"Screen1\"/><Node Type=\"RenderRect\" Name=\"Rect\"/>"
+                    "<Node Type=\"Textured\" Name=\"Tex\" DepthTest=\"false\" DepthWrite=\"false\"/>"
+                    "<Node Type=\"RenderToTexture\" Name=\"Rtt\" CreateMipMaps=\"") +
+            mipmaps +
+            "\"/><Node Type=\"Clear\" Name=\"Green\" Color=\"0 1 0 1\"/></Nodes><Connections>"
+            "<Connection Out=\"Rect.Render\" In=\"Screen1.Render\"/><Connection Out=\"Tex.Effect\" In=\"Rect.Effect\"/>"
+            "<Connection Out=\"Rtt.Color\" In=\"Tex.Texture\"/><Connection Out=\"Green.Render\" In=\"Rtt.Render\"/>"
+            "</Connections><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>");
+    CVelmor engine;
+    engine.m_RegisterEffectNodes = [](CNodeFactory &f) { CNEFx::AddNodesToFactory(f); };
+    engine.Init();
+    engine.SetRender(&m_Window->render);
+    engine.m_AutoGotoNextScene = false;
+    ASSERT_TRUE(engine.AddScene(file));
+    engine.ActivateAnotherScene(CHANGE_Index, 0, true, false);
+    const auto pixels = FrameAfter(engine, 3, 0.04f);
+    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{2, 2}, std::pair{kWidth - 3, kHeight - 3}})
+      EXPECT_EQ(m_Window->Pixel(pixels, x, y), (std::array<int, 3>{0, 255, 0})) << x << "," << y;
+    engine.SetActiveScene(nullptr);
+    EXPECT_TRUE(log.errors.empty()) << log.errors.front();
+  }
 }

@@ -1,6 +1,7 @@
 // Scenes drawn through the GL backend, checked by their pixels: what each
 // render flow node, the Shader node and effect files put on the screen, and
-// what a scene author sees when textures flow through RenderToTexture.
+// what a scene author sees when textures flow through RenderToTexture, and a
+// layered entry whose postprocessing draws the layers below.
 #include <GL/glew.h>
 #include <gtest/gtest.h>
 
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "core/Paths.h"
+#include "engine/SceneLayered.h"
 #include "engine/Velmor.h"
 #include "nodes/BuiltinNodes.h"
 #include "nodes/effect/FxNode.h"
@@ -60,22 +62,16 @@ technique Ramp { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram
 )";
 
 // Red is the fractional part of the scene time.
-const char kTimeRamp[] = R"(
+const std::string kTimeRamp = std::string(kPassUv) + R"(
 string Info : VELMORINFO <string Description = "Red follows the time";> = "";
-float4x4 gWVP : WORLDVIEWPROJECTION;
 float gTime : TIME;
-float4 TimeVS(float3 pos : POSITION) : POSITION { return mul(gWVP, float4(pos, 1.0)); }
 float4 TimePS() : COLOR { return float4(frac(gTime), 0.0, 0.0, 1.0); }
-technique Time { pass p0 { VertexProgram = compile glslv TimeVS(); FragmentProgram = compile glslf TimePS(); } }
+technique Time { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram = compile glslf TimePS(); } }
 )";
 
-std::string SceneFile(const std::string &nodes, const std::string &connections) {
-  return "<Velmor><Transitions/><Scenes><Scene Name=\"picture\"><Nodes>" + nodes + "</Nodes><Connections>" +
+std::string SceneFile(const std::string &nodes, const std::string &connections, const std::string &name = "picture") {
+  return "<Velmor><Transitions/><Scenes><Scene Name=\"" + name + "\"><Nodes>" + nodes + "</Nodes><Connections>" +
          connections + "</Connections></Scene></Scenes></Velmor>";
-}
-
-std::string Text(const Rgb &c) {
-  return std::to_string(c[0]) + " " + std::to_string(c[1]) + " " + std::to_string(c[2]);
 }
 
 // A channel value of 0..1 as the 8-bit framebuffer holds it.
@@ -86,6 +82,8 @@ bool Near(const Rgb &pixel, const Rgb &expected, int tolerance = 4) {
     if (std::abs(pixel[i] - expected[i]) > tolerance) return false;
   return true;
 }
+
+using Points = std::initializer_list<std::pair<int, int>>;
 
 class Pictures : public testing::Test {
  protected:
@@ -116,37 +114,55 @@ class Pictures : public testing::Test {
     SetAppPaths(".", ".");
   }
 
-  // Loads the scene and plays `frames` frames of `dt` seconds; the picture
-  // of each frame, read before the swap leaves the back buffer undefined.
+  // Loads the scene and plays it (see Frames).
   std::vector<std::vector<uint8_t>> Play(const std::string &nodes, const std::string &links, int frames,
                                          float dt = 1.0f / 30) {
-    std::vector<std::vector<uint8_t>> pictures;
     if (m_Scene) m_Scene->InvalidateDevice(&m_Window->render);
     m_Scene.reset(m_Engine->LoadScene(m_Dir.Write("app/scenes/picture.vms", SceneFile(nodes, links))));
     if (!m_Scene) {
       ADD_FAILURE() << "scene did not load";
-      return pictures;
+      return Blank(frames);
     }
+    return Frames(*m_Scene, frames, dt);
+  }
+
+  // Plays `frames` frames of `dt` seconds; the picture of each frame, read
+  // before the swap leaves the back buffer undefined.
+  std::vector<std::vector<uint8_t>> Frames(CSceneBase &scene, int frames, float dt = 1.0f / 30) {
+    std::vector<std::vector<uint8_t>> pictures;
     CRender &render = m_Window->render;
-    m_Scene->Activate();
+    scene.Activate();
     EXPECT_TRUE(render.SwitchToRenderUnit(0));
-    m_Scene->RestoreDevice(&render);
+    scene.RestoreDevice(&render);
     m_Window->client.onRender = [&] {
-      m_Scene->Draw(&render);
+      scene.Draw(&render);
       pictures.push_back(m_Window->Pixels());
     };
     for (int frame = 0; frame < frames; ++frame) {
-      m_Scene->Update(dt);
+      scene.Update(dt);
       render.Render3DEnvironment(false);
-      m_Scene->FrameFinished();
+      scene.FrameFinished();
     }
     m_Window->client.onRender = nullptr;
     EXPECT_EQ(static_cast<int>(pictures.size()), frames);
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-    return pictures;
+    return static_cast<int>(pictures.size()) == frames ? pictures : Blank(frames);
+  }
+
+  // Black pictures, so that a test that has already failed reads no further
+  // than its window.
+  std::vector<std::vector<uint8_t>> Blank(int frames) {
+    return std::vector<std::vector<uint8_t>>(static_cast<size_t>(frames), std::vector<uint8_t>(m_Window->Pixels().size()));
   }
 
   Rgb At(const std::vector<uint8_t> &picture, int x, int y) const { return m_Window->Pixel(picture, x, y); }
+  // Each point of the picture is within `tolerance` of `expected`.
+  void ExpectAt(const std::vector<uint8_t> &picture, Points points, const Rgb &expected, int tolerance = 4) {
+    for (auto [x, y] : points)
+      EXPECT_TRUE(Near(At(picture, x, y), expected, tolerance))
+          << x << "," << y << ": " << testing::PrintToString(At(picture, x, y)) << ", expected "
+          << testing::PrintToString(expected);
+  }
 
   TempDir m_Dir;
   std::unique_ptr<GLWindow> m_Window;
@@ -162,53 +178,34 @@ const char kRectLinks[] =
     R"(<Connection Out="Rect1.Render" In="Screen1.Render"/><Connection Out="Fx1.Effect" In="Rect1.Effect"/>)";
 }  // namespace
 
-TEST_F(Pictures, ClearFillsTheScreenWithItsColor) {
-  const Rgb color{64, 128, 191};
-  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0.25 0.5 0.75 1"/>)",
-                       R"(<Connection Out="Clear1.Render" In="Screen1.Render"/>)", 2);
-  ASSERT_EQ(pictures.size(), 2u);
-  for (int y = 0; y < kHeight; y += 7)
-    for (int x = 0; x < kWidth; x += 9) {
-      const Rgb pixel = At(pictures.back(), x, y);
-      ASSERT_TRUE(Near(pixel, color, 2)) << x << "," << y << ": " << Text(pixel);
-    }
-}
-
 // The default text lights each point by one minus its distance from the
 // centre, in texture units stretched to -1..1 across the rectangle.
 TEST_F(Pictures, ShaderDefaultTextDrawsARadialFalloffOnARenderRect) {
   auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 0 1"/>
     <Node Type="RenderRect" Name="Rect1"/><Node Type="Shader" Name="Fx1"/>)",
-                       R"(<Connection Out="Clear1.Render" In="Rect1.Render"/>
-    <Connection Out="Rect1.Render" In="Screen1.Render"/><Connection Out="Fx1.Effect" In="Rect1.Effect"/>)",
-                       2);
-  ASSERT_EQ(pictures.size(), 2u);
-  const struct {
-    int x, y;
-  } points[] = {{kWidth / 2, kHeight / 2}, {kWidth / 4, kHeight / 2}, {kWidth / 2, kHeight / 4},
-                {kWidth * 3 / 4, kHeight * 3 / 4}, {kWidth * 7 / 8, kHeight / 2}, {kWidth / 8, kHeight / 8},
-                {kWidth * 5 / 8, kHeight * 3 / 8}, {2, 2}, {kWidth - 3, kHeight - 3}};
-  for (const auto &p : points) {
-    const double u = -1.0 + 2.0 * (p.x + 0.5) / kWidth, v = -1.0 + 2.0 * (p.y + 0.5) / kHeight;
+                       std::string(kRectLinks) + R"(<Connection Out="Clear1.Render" In="Rect1.Render"/>)", 2);
+  for (auto [x, y] : Points{{kWidth / 2, kHeight / 2}, {kWidth / 4, kHeight / 2}, {kWidth / 2, kHeight / 4},
+                            {kWidth * 3 / 4, kHeight * 3 / 4}, {kWidth * 7 / 8, kHeight / 2}, {kWidth / 8, kHeight / 8},
+                            {kWidth * 5 / 8, kHeight * 3 / 8}, {2, 2}, {kWidth - 3, kHeight - 3}}) {
+    const double u = -1.0 + 2.0 * (x + 0.5) / kWidth, v = -1.0 + 2.0 * (y + 0.5) / kHeight;
     const int grey = Byte(1.0 - std::hypot(u, v));
-    const Rgb pixel = At(pictures.back(), p.x, p.y);
-    EXPECT_TRUE(Near(pixel, {grey, grey, grey}, 5)) << p.x << "," << p.y << ": " << Text(pixel) << ", expected " << grey;
+    ExpectAt(pictures.back(), {{x, y}}, {grey, grey, grey}, 5);
   }
 }
 
 // The camera sits at z -2 looking along +z with a 45 degree vertical field;
 // the renderer's projection makes clip w the view depth plus one. The face
-// nearest the camera, at depth 2 - size / 2, is the silhouette.
-TEST_F(Pictures, CubeUnderRenderObjectCoversItsProjectedSquare) {
-  const Rgb green{0, 255, 0}, blue{0, 0, 255};
-  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
+// nearest the camera, at depth 2 - size / 2, is the silhouette. Around it the
+// Clear node's colour fills the screen.
+TEST_F(Pictures, CubeUnderRenderObjectCoversItsProjectedSquareOverTheClearColor) {
+  const Rgb green{0, 255, 0};
+  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0.25 0.5 0.75 1"/>
     <Node Type="RenderObject" Name="Object1"/><Node Type="MeshObject" Name="Mesh1"/><Node Type="Cube" Name="Cube1"/>
     <Node Type="FlatColor" Name="Flat1" Color="0 1 0 1"/>)",
                        R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
     <Connection Out="Object1.Render" In="Screen1.Render"/><Connection Out="Mesh1.Object" In="Object1.Object"/>
     <Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/><Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)",
                        2);
-  ASSERT_EQ(pictures.size(), 2u);
   const double size = 1.0, camDistance = 2.0, fov = 45.0 * M_PI / 180.0;
   const double w = (camDistance - size / 2) + 1.0;
   const double halfNdc = (size / 2) / (std::tan(fov / 2) * w);
@@ -225,7 +222,9 @@ TEST_F(Pictures, CubeUnderRenderObjectCoversItsProjectedSquare) {
   EXPECT_NEAR(down, expectedSide, 2.0);
   EXPECT_NEAR(left + across / 2.0, kWidth / 2.0, 1.5);
   EXPECT_NEAR(top + down / 2.0, kHeight / 2.0, 1.5);
-  EXPECT_TRUE(Near(At(picture, 2, 2), blue)) << Text(At(picture, 2, 2));
+  // Multiples of 1/255 would be exact; these round to the nearest byte.
+  ExpectAt(picture, {{0, 0}, {kWidth - 1, 0}, {0, kHeight - 1}, {kWidth - 1, kHeight - 1}, {kWidth / 2, 3}},
+           {64, 128, 191}, 2);
 }
 
 // A wide slab above the horizon fills the top half red over a blue Clear.
@@ -234,34 +233,27 @@ TEST_F(Pictures, RenderToTextureKeepsTheTopOnTop) {
   const std::string kSlab = R"(<Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
     <Node Type="RenderObject" Name="Object1" Pos="0 10 0"/><Node Type="MeshObject" Name="Mesh1"/>
     <Node Type="Cube" Name="Cube1" Size="40 20 0.01"/><Node Type="FlatColor" Name="Flat1" Color="1 0 0 1"/>)";
-  const char kSlabLinks[] = R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
+  const std::string kSlabLinks = R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
     <Connection Out="Mesh1.Object" In="Object1.Object"/><Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/>
     <Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)";
-  const Rgb red{255, 0, 0}, blue{0, 0, 255};
-  auto check = [&](const std::vector<uint8_t> &picture) {
-    for (int x : {4, kWidth / 2, kWidth - 5}) {
-      for (int y : {3, kHeight / 4, kHeight / 2 - 4})
-        EXPECT_TRUE(Near(At(picture, x, y), red)) << x << "," << y << ": " << Text(At(picture, x, y));
-      for (int y : {kHeight / 2 + 4, kHeight * 3 / 4, kHeight - 4})
-        EXPECT_TRUE(Near(At(picture, x, y), blue)) << x << "," << y << ": " << Text(At(picture, x, y));
-    }
+  const struct {
+    const char *how;
+    std::string nodes, links;
+  } ways[] = {
+      {"on the screen", R"(<Node Type="Screen" Name="Screen1"/>)",
+       R"(<Connection Out="Object1.Render" In="Screen1.Render"/>)"},
+      {"through RenderToTexture", RectNodes(R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>
+      <Node Type="RenderToTexture" Name="Rtt1"/>)"),
+       std::string(kRectLinks) + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
+      <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)"},
   };
-  {
-    SCOPED_TRACE("on the screen");
-    auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/>)" + kSlab,
-                         std::string(kSlabLinks) + R"(<Connection Out="Object1.Render" In="Screen1.Render"/>)", 2);
-    ASSERT_EQ(pictures.size(), 2u);
-    check(pictures.back());
-  }
-  {
-    SCOPED_TRACE("through RenderToTexture");
-    auto pictures = Play(RectNodes(R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>
-      <Node Type="RenderToTexture" Name="Rtt1"/>)") + kSlab,
-                         std::string(kSlabLinks) + kRectLinks + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
-      <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)",
-                         2);
-    ASSERT_EQ(pictures.size(), 2u);
-    check(pictures.back());
+  for (const auto &way : ways) {
+    SCOPED_TRACE(way.how);
+    auto pictures = Play(way.nodes + kSlab, kSlabLinks + way.links, 2);
+    for (int x : {4, kWidth / 2, kWidth - 5}) {
+      ExpectAt(pictures.back(), {{x, 3}, {x, kHeight / 4}, {x, kHeight / 2 - 4}}, {255, 0, 0});
+      ExpectAt(pictures.back(), {{x, kHeight / 2 + 4}, {x, kHeight * 3 / 4}, {x, kHeight - 4}}, {0, 0, 255});
+    }
   }
 }
 
@@ -277,42 +269,72 @@ TEST_F(Pictures, ColorNextFeedbackBuildsOnTheLastFrame) {
     <Connection Out="Rect2.Render" In="Rtt1.Render"/><Connection Out="Step1.Effect" In="Rect2.Effect"/>
     <Connection Out="Rtt1.ColorNext" In="Step1.Last"/>)",
       5);
-  ASSERT_EQ(pictures.size(), 5u);
   for (int frame = 0; frame < 5; ++frame) {
+    SCOPED_TRACE("frame " + std::to_string(frame));
     const int grey = Byte(0.25 * (frame + 1));
-    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{3, 3}, std::pair{kWidth - 4, kHeight - 4}}) {
-      const Rgb pixel = At(pictures[frame], x, y);
-      EXPECT_TRUE(Near(pixel, {grey, grey, grey}, 6))
-          << "frame " << frame << " at " << x << "," << y << ": " << Text(pixel) << ", expected " << grey;
-    }
+    ExpectAt(pictures[frame], {{kWidth / 2, kHeight / 2}, {3, 3}, {kWidth - 4, kHeight - 4}}, {grey, grey, grey}, 6);
   }
 }
 
 TEST_F(Pictures, TimeParameterFollowsTheSceneTime) {
   constexpr float kStep = 0.3f;
   auto pictures = Play(RectNodes(R"(<Node Type="TimeRamp" Name="Fx1" DepthTest="false"/>)"), kRectLinks, 5, kStep);
-  ASSERT_EQ(pictures.size(), 5u);
   for (int frame = 0; frame < 5; ++frame) {
     const double time = kStep * (frame + 1);
-    const int red = Byte(time - std::floor(time));
-    const Rgb pixel = At(pictures[frame], kWidth / 3, kHeight / 3);
-    EXPECT_TRUE(Near(pixel, {red, 0, 0}, 3)) << "time " << time << ": " << Text(pixel);
+    SCOPED_TRACE("time " + std::to_string(time));
+    ExpectAt(pictures[frame], {{kWidth / 3, kHeight / 3}}, {Byte(time - std::floor(time)), 0, 0}, 3);
   }
 }
 
 // An effect that multiplies a texture with a colour shows the colour when
 // nothing is connected, for 2D and 1D samplers alike.
 TEST_F(Pictures, OpenTexturePortsSampleWhite) {
-  const Rgb tint{51, 153, 204};
   for (const char *type : {"Textured", "RampTint"}) {
     SCOPED_TRACE(type);
     auto pictures = Play(RectNodes(std::string(R"(<Node Type=")") + type +
                                    R"(" Name="Fx1" Color="0.2 0.6 0.8 1" DepthTest="false"/>)"),
                          kRectLinks, 2);
-    ASSERT_EQ(pictures.size(), 2u);
-    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{5, 5}, std::pair{kWidth - 6, kHeight - 6}}) {
-      const Rgb pixel = At(pictures.back(), x, y);
-      EXPECT_TRUE(Near(pixel, tint, 3)) << x << "," << y << ": " << Text(pixel);
-    }
+    ExpectAt(pictures.back(), {{kWidth / 2, kHeight / 2}, {5, 5}, {kWidth - 6, kHeight - 6}}, {51, 153, 204}, 3);
   }
+}
+
+// A layered entry: a red background, a green cube in the upper half as
+// foreground (its own blue Clear is stripped as for every foreground), and a
+// postprocessing scene that draws the layers below through the Textured
+// effect with a tint. The picture must show both layers, tinted, upright.
+TEST_F(Pictures, LayeredPostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
+  const struct {
+    std::list<std::unique_ptr<CScene>> *pool;
+    const char *name, *nodes, *links;
+  } layers[] = {
+      {&m_Engine->m_BackgroundScenes, "bg", R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="1 0 0 1"/>)",
+       R"(<Connection Out="Clear1.Render" In="Screen1.Render"/>)"},
+      {&m_Engine->m_ForegroundScenes, "fg", R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
+  <Node Type="RenderObject" Name="Object1" CamPos="0 0 -3.2" Pos="0 0.8 0"/><Node Type="MeshObject" Name="Mesh1"/>
+  <Node Type="Cube" Name="Cube1"/><Node Type="FlatColor" Name="Flat1" Color="0 1 0 1"/>)",
+       R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
+  <Connection Out="Object1.Render" In="Screen1.Render"/><Connection Out="Mesh1.Object" In="Object1.Object"/>
+  <Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/><Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)"},
+      {&m_Engine->m_PostprocessingScenes, "post", R"(<Node Type="Screen" Name="Screen1"/><Node Type="RenderRect" Name="Rect1"/>
+  <Node Type="Textured" Name="Textured1" Color="0.5 0.5 1 1" DepthTest="false" DepthWrite="false"/>
+  <Node Type="PreviousLayer" Name="Layer1" CreateMipMaps="1"/>)",
+       R"(<Connection Out="Rect1.Render" In="Screen1.Render"/>
+  <Connection Out="Textured1.Effect" In="Rect1.Effect"/><Connection Out="Layer1.Color" In="Textured1.Texture"/>)"},
+  };
+  for (const auto &layer : layers) {
+    const std::string file = m_Dir.Write(std::string("app/scenes/") + layer.name + ".vms",
+                                         SceneFile(layer.nodes, layer.links, layer.name));
+    layer.pool->emplace_back(m_Engine->LoadScene(file));
+    ASSERT_NE(layer.pool->back(), nullptr) << layer.name;
+  }
+  m_Engine->PrepareLayeredScenes();
+  m_Engine->BuildCombinations();
+  ASSERT_EQ(m_Engine->m_Scenes.size(), 1u);
+  CSceneBase &layered = *m_Engine->m_Scenes.front();
+  auto pictures = Frames(layered, 3);
+  // The cube, green halved by the tint; the background, red halved; no blue
+  // from the foreground's stripped Clear anywhere.
+  ExpectAt(pictures.back(), {{kWidth / 2, kHeight / 5}}, {0, 128, 0});
+  ExpectAt(pictures.back(), {{kWidth / 2, kHeight * 4 / 5}, {2, 2}}, {128, 0, 0});
+  layered.InvalidateDevice(&m_Window->render);
 }

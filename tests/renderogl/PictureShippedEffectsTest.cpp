@@ -43,20 +43,24 @@ struct CatalogueEntry {
 };
 
 std::map<std::string, CatalogueEntry> ReadCatalogue(const std::string &text) {
+  auto attribute = [](const TiXmlElement *e, const char *name) {
+    const char *v = e->Attribute(name);
+    return std::string(v ? v : "");
+  };
+  auto ports = [](const TiXmlElement *n, const char *kind, auto add) {
+    if (const TiXmlElement *list = n->FirstChildElement(kind))
+      for (const TiXmlElement *p = list->FirstChildElement("Port"); p; p = p->NextSiblingElement("Port")) add(p);
+  };
   std::map<std::string, CatalogueEntry> entries;
   TiXmlDocument doc;
   doc.Parse(text.c_str());
   const TiXmlElement *root = doc.RootElement();
   if (!root) return entries;
   for (const TiXmlElement *n = root->FirstChildElement("NodeInfo"); n; n = n->NextSiblingElement("NodeInfo")) {
-    CatalogueEntry &entry = entries[n->Attribute("Type") ? n->Attribute("Type") : ""];
-    entry.desc = n->Attribute("Desc") ? n->Attribute("Desc") : "";
-    if (const TiXmlElement *in = n->FirstChildElement("InPorts"))
-      for (const TiXmlElement *p = in->FirstChildElement("Port"); p; p = p->NextSiblingElement("Port"))
-        entry.inPorts[p->Attribute("Name") ? p->Attribute("Name") : ""] = p->Attribute("Type") ? p->Attribute("Type") : "";
-    if (const TiXmlElement *out = n->FirstChildElement("OutPorts"))
-      for (const TiXmlElement *p = out->FirstChildElement("Port"); p; p = p->NextSiblingElement("Port"))
-        entry.outPorts.insert(p->Attribute("Name") ? p->Attribute("Name") : "");
+    CatalogueEntry &entry = entries[attribute(n, "Type")];
+    entry.desc = attribute(n, "Desc");
+    ports(n, "InPorts", [&](const TiXmlElement *p) { entry.inPorts[attribute(p, "Name")] = attribute(p, "Type"); });
+    ports(n, "OutPorts", [&](const TiXmlElement *p) { entry.outPorts.insert(attribute(p, "Name")); });
   }
   return entries;
 }

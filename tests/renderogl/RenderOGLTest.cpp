@@ -29,12 +29,8 @@ TEST(RenderOGL, ClearColorReadsBackExactlyAndFramesCallTheClient) {
   EXPECT_EQ(renders, 1);
   EXPECT_EQ(finished, 1);
   ASSERT_FALSE(seen.empty());
-  for (auto [x, y] : {std::pair{0, 0}, {39, 29}, {20, 15}}) {
-    auto p = gl.Pixel(seen, x, y);
-    EXPECT_EQ(p[0], 64);
-    EXPECT_EQ(p[1], 128);
-    EXPECT_EQ(p[2], 191);
-  }
+  for (auto [x, y] : {std::pair{0, 0}, {39, 29}, {20, 15}})
+    EXPECT_EQ(gl.Pixel(seen, x, y), (std::array<int, 3>{64, 128, 191})) << x << "," << y;
 
   // A black-only frame never asks the client to draw, but still finishes.
   ASSERT_TRUE(gl.render.Render3DEnvironment(true));
@@ -64,14 +60,12 @@ TEST(RenderOGL, TexturesUploadAndReadBackIn1D2DAnd3D) {
     std::vector<uint32_t> sent(texels, texels + t->TexelCount());
     t->Unlock();
     std::vector<uint32_t> back(sent.size(), 0xDEADBEEF);
-    glBindTexture(c.target, ogl->m_Name);
-    glGetTexImage(c.target, 0, GL_RGBA, GL_UNSIGNED_BYTE, back.data());
-    glBindTexture(c.target, 0);
-    EXPECT_EQ(back, sent);
     GLint minFilter = 0;
     glBindTexture(c.target, ogl->m_Name);
+    glGetTexImage(c.target, 0, GL_RGBA, GL_UNSIGNED_BYTE, back.data());
     glGetTexParameteriv(c.target, GL_TEXTURE_MIN_FILTER, &minFilter);
     glBindTexture(c.target, 0);
+    EXPECT_EQ(back, sent);
     EXPECT_EQ(minFilter, c.target == GL_TEXTURE_3D ? GL_LINEAR : GL_LINEAR_MIPMAP_LINEAR);
     t->Release();
     t->Release();  // a second release finds nothing to free
@@ -134,10 +128,8 @@ TEST(RenderOGL, TriangleOfEveryVertexFormatTakesItsColorFromAttribute3) {
         EXPECT_TRUE(gl.render.DrawPrimitive(PT_TriangleList, 0, 1));
       }
       glUseProgram(0);
-      auto p = gl.Pixel(gl.Pixels(), 8, 8);
-      EXPECT_EQ(p[0], static_cast<int>(color & 0xFF)) << "indexed " << indexed;
-      EXPECT_EQ(p[1], static_cast<int>((color >> 8) & 0xFF));
-      EXPECT_EQ(p[2], static_cast<int>((color >> 16) & 0xFF));
+      const std::array<int, 3> rgb{int(color & 0xFF), int(color >> 8 & 0xFF), int(color >> 16 & 0xFF)};
+      EXPECT_EQ(gl.Pixel(gl.Pixels(), 8, 8), rgb) << "indexed " << indexed;
       if (ib) ib->Release();
     }
     // Drawing past the buffer's end is refused rather than read.

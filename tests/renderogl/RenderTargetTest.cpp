@@ -18,6 +18,11 @@ GLint Integer(GLenum name) {
   glGetIntegerv(name, &v);
   return v;
 }
+std::pair<int, int> ViewportSize() {
+  GLint v[4];
+  glGetIntegerv(GL_VIEWPORT, v);
+  return {v[2], v[3]};
+}
 }  // namespace
 
 TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
@@ -104,23 +109,17 @@ TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
   r.Clear(red, 1.0f, CLEAR_Color | CLEAR_Depth);
   inner->Begin(r);
   EXPECT_EQ(r.m_VirtualRect, (CRect{0, 0, 8, 4}));
-  GLint viewport[4];
-  glGetIntegerv(GL_VIEWPORT, viewport);
-  EXPECT_EQ(viewport[2], 8);
-  EXPECT_EQ(viewport[3], 4);
+  EXPECT_EQ(ViewportSize(), (std::pair{8, 4}));
   r.Clear(blue, 1.0f, CLEAR_Color);
   inner->End(r);
   EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
-  glGetIntegerv(GL_VIEWPORT, viewport);
-  EXPECT_EQ(viewport[2], 16);
+  EXPECT_EQ(ViewportSize(), (std::pair{16, 16}));
   EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 16, 16}));
   outer->End(r);
   EXPECT_FALSE(r.m_Flipped);
   EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 20, 10}));
   EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), 0);
-  glGetIntegerv(GL_VIEWPORT, viewport);
-  EXPECT_EQ(viewport[2], 20);
-  EXPECT_EQ(viewport[3], 10);
+  EXPECT_EQ(ViewportSize(), (std::pair{20, 10}));
 
   // What was drawn is in the color textures.
   for (auto [target, rgb] : {std::pair{outer, 0x0000FFu}, std::pair{inner, 0xFF0000u}}) {
@@ -164,9 +163,7 @@ TEST(Screenshot, PngOfAClearedWindowWithUniqueNames) {
   EXPECT_EQ(FreeImage_GetHeight(image), 12u);
   RGBQUAD px;
   ASSERT_TRUE(FreeImage_GetPixelColor(image, 5, 5, &px));
-  EXPECT_EQ(px.rgbRed, 51);
-  EXPECT_EQ(px.rgbGreen, 102);
-  EXPECT_EQ(px.rgbBlue, 153);
+  EXPECT_EQ((std::array<int, 3>{px.rgbRed, px.rgbGreen, px.rgbBlue}), (std::array<int, 3>{51, 102, 153}));
   FreeImage_Unload(image);
   // Without a base name the file is the date and the count alone.
   std::string bare = CScreenshot::UniqueFileName((folder / "").string());

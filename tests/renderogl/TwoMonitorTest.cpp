@@ -4,8 +4,7 @@
 #include "GLTestSupport.h"
 #include "support/LogCapture.h"
 // After GoogleTest: Xlib defines None and Bool as macros.
-#include <X11/Xlib.h>
-#include <X11/extensions/Xrandr.h>
+#include "e2e/VirtualMonitors.h"
 
 #include <FreeImage.h>
 
@@ -14,45 +13,22 @@
 namespace {
 constexpr int kW = 64, kH = 48;
 
-// Two side-by-side monitors that exist while this object lives (the server
-// drops them when its connection closes). The first takes over the screen's
-// output, so the automatic monitor of that output goes away.
+// Two side-by-side monitors that exist while this object lives.
 class VirtualMonitors {
  public:
-  VirtualMonitors() {
-    m_Display = XOpenDisplay(nullptr);
-    if (!m_Display) return;
-    Window root = DefaultRootWindow(m_Display);
-    XRRScreenResources *res = XRRGetScreenResourcesCurrent(m_Display, root);
-    Add("VELMOR-A", 0, res && res->noutput ? res->outputs[0] : 0, true);
-    Add("VELMOR-B", kW, 0, false);
-    if (res) XRRFreeScreenResources(res);
-    XSync(m_Display, False);
+  VirtualMonitors() : m_Display(XOpenDisplay(nullptr)) {
+    m_Ok = m_Display && AddVirtualMonitors(m_Display, "VELMOR-", {{0, 0, kW, kH}, {kW, 0, kW, kH}});
   }
   ~VirtualMonitors() {
     if (!m_Display) return;
-    for (const char *name : {"VELMOR-A", "VELMOR-B"})
-      XRRDeleteMonitor(m_Display, DefaultRootWindow(m_Display), XInternAtom(m_Display, name, False));
+    DeleteVirtualMonitors(m_Display, "VELMOR-", 2);
     XCloseDisplay(m_Display);
   }
-  bool Ok() const { return m_Display != nullptr; }
+  bool Ok() const { return m_Ok; }
 
  private:
-  void Add(const char *name, int x, RROutput output, bool primary) {
-    XRRMonitorInfo *m = XRRAllocateMonitor(m_Display, output ? 1 : 0);
-    m->name = XInternAtom(m_Display, name, False);
-    m->primary = primary;
-    m->x = x;
-    m->y = 0;
-    m->width = kW;
-    m->height = kH;
-    m->mwidth = 100;
-    m->mheight = 75;
-    if (output) m->outputs[0] = output;
-    XRRSetMonitor(m_Display, DefaultRootWindow(m_Display), m);
-    XRRFreeMonitors(m);
-  }
-  Display *m_Display = nullptr;
+  Display *m_Display;
+  bool m_Ok = false;
 };
 
 // Red left of x = 0 and green right of it, far in front of the camera.
@@ -96,7 +72,7 @@ class TwoMonitors : public testing::Test {
 };
 
 TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
-  EXPECT_EQ(render.m_Monitors[0].m_DeviceName, "VELMOR-A");
+  EXPECT_EQ(render.m_Monitors[0].m_DeviceName, "VELMOR-0");
   EXPECT_EQ(render.m_Monitors[1].m_Rect, (CRect{kW, 0, 2 * kW, kH}));
   ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
   ASSERT_EQ(render.m_Windows.size(), 2u);
