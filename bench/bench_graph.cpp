@@ -70,6 +70,7 @@ struct FrameScene {
   CRecordRender render{1280, 720};
 
   FrameScene() {
+    dag.m_Factory = &*factory;
     factory->AddNodeType(CTestRootNode::CreateInfo());
     factory->AddNodeType(CTestDrawNode::CreateInfo());
     factory->AddNodeType(CTestGroupNode::CreateInfo());

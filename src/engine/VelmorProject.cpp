@@ -117,6 +117,7 @@ void CVelmor::LoadSerialized(CSerialize &s) {
   s.EnterElement("Transitions");
   for (s.FirstChild(); s.HasChild(); s.NextChild()) {
     m_Transitions.push_back(std::make_unique<CTransition>());
+    m_Transitions.back()->m_Factory = &*m_NodeFactory;
     s.EnterElement(s.GetChildName().c_str());
     SerializeDagGraph(*m_Transitions.back(), s);
     s.LeaveElement();
@@ -126,6 +127,7 @@ void CVelmor::LoadSerialized(CSerialize &s) {
   s.EnterElement("Scenes");
   for (s.FirstChild(); s.HasChild(); s.NextChild()) {
     auto scene = std::make_unique<CScene>();
+    scene->m_Factory = &*m_NodeFactory;
     scene->Serialize(s);
     if (Contains(scene->m_File, ";"))
       AddCompactEntry(std::move(scene));
@@ -147,6 +149,7 @@ void CVelmor::LoadSerialized(CSerialize &s) {
     for (s.FirstChild(); s.HasChild(); s.NextChild()) {
       anyPool = true;
       p.pool->push_back(std::make_unique<CScene>());
+      p.pool->back()->m_Factory = &*m_NodeFactory;
       p.pool->back()->Serialize(s);
       p.pool->back()->m_SceneType = p.type;
     }
@@ -188,6 +191,7 @@ void CVelmor::AddCompactEntry(std::unique_ptr<CScene> scene) {
   const uint32_t types[3] = {SCENE_Background, SCENE_Foreground, SCENE_Postprocessing};
   for (size_t i = 1; i < 3 && i < files.size(); ++i) {
     auto layer = std::make_unique<CScene>();
+    layer->m_Factory = &*m_NodeFactory;
     layer->m_File = files[i];
     layer->m_SceneType = types[i];
     layers[i] = layer.get();
@@ -250,6 +254,7 @@ CScene *CVelmor::LoadScene(const std::string &path) {
     return nullptr;
   }
   auto *scene = new CScene;
+  scene->m_Factory = &*m_NodeFactory;
   scene->m_File = path;
   CSerializeXMLLoad load(doc, element);
   scene->Serialize(load);

@@ -112,6 +112,27 @@ void CRecordTexture::GenerateMipmaps() {
   m_Flags |= TEXF_HasMipmaps;
 }
 
+CRecordTarget::CRecordTarget(CRecordRender *owner, int id, int width, int height) : m_Owner(owner) {
+  m_Width = width;
+  m_Height = height;
+  m_Framebuffer = static_cast<unsigned>(id);
+  m_Color = new CRecordTexture(owner, id, width, height, 0, TF_A8R8G8B8, TT_RenderTarget);
+  m_Color->m_Flags |= TEXF_Pooled;
+  m_Color->m_RenderTarget = this;
+}
+
+CRecordTarget::~CRecordTarget() { delete m_Color; }
+
+void CRecordTarget::Begin(CRender &render) {
+  m_Owner->Record("BeginTarget %dx%d", m_Width, m_Height);
+  CRenderTarget::Begin(render);
+}
+
+void CRecordTarget::End(CRender &render) {
+  m_Owner->Record("EndTarget %dx%d", m_Width, m_Height);
+  CRenderTarget::End(render);
+}
+
 bool CRenderClientFunctions::Render() {
   if (onRender) onRender();
   return true;
@@ -135,6 +156,7 @@ CRecordRender::CRecordRender(int width, int height) {
 }
 
 CRecordRender::~CRecordRender() {
+  m_Targets.clear();
   // Resources the caller never released must not call back into us.
   for (CRecordResource *r : m_Live) r->m_Owner = nullptr;
 }
@@ -170,6 +192,10 @@ std::vector<std::string> CRecordRender::Calls(std::string_view prefix) const {
   for (const std::string &line : m_Calls)
     if (std::string_view(line).starts_with(prefix)) out.push_back(line);
   return out;
+}
+
+int CRecordRender::LiveCount(std::string_view kind) const {
+  return static_cast<int>(std::count_if(m_Live.begin(), m_Live.end(), [&](const CRecordResource *r) { return kind == r->m_Kind; }));
 }
 
 void CRecordRender::ClearCalls() {
@@ -220,6 +246,28 @@ CTexture *CRecordRender::CreateTexture(int width, int height, int depth, int for
 void CRecordRender::CopyToTexture(CTexture *texture, float x, float y, float width, float height) {
   Record("CopyToTexture tex%d %g %g %g %g", IdOf<CRecordTexture>(texture), x, y, width, height);
   if (texture) texture->m_Flags |= TEXF_Copied;
+}
+
+CRenderTarget *CRecordRender::CreateRenderTarget(int width, int height, int) {
+  Record("CreateTarget %dx%d", width, height);
+  if (m_FailTargets) return nullptr;
+  for (auto &t : m_Targets)
+    if (!t->m_InUse && t->m_Width == width && t->m_Height == height) {
+      t->m_InUse = true;
+      t->m_Color->m_Flags |= TEXF_Pooled;
+      return t.get();
+    }
+  m_Targets.push_back(std::make_unique<CRecordTarget>(this, m_NextId[2]++, width, height));
+  return m_Targets.back().get();
+}
+
+void CRecordRender::ReleaseTexture(CTexture *texture) {
+  // Only target colors are logged: for any other texture a release is no call.
+  auto *target = texture ? dynamic_cast<CRecordTarget *>(texture->m_RenderTarget) : nullptr;
+  if (!target) return;
+  bool pooled = texture->m_Flags & TEXF_Pooled;
+  Record("ReleaseTarget %s", pooled ? "pooled" : "held");
+  if (pooled) target->m_InUse = false;
 }
 
 bool CRecordRender::Clear(const float color[4], float depth, int flags) {

@@ -12,6 +12,12 @@
 //   EXPECT_EQ(render.Calls("Draw").size(), 2u);
 //   EXPECT_TRUE(render.m_Faults.empty());
 //
+// Render targets are recorded too: "CreateTarget 64x32", "BeginTarget 64x32",
+// "EndTarget 64x32" and, for a target's color, "ReleaseTarget pooled" (or
+// "held" for a kept one, which is left alone). A target given back is handed out again for
+// the same size, as the GL pools do; m_FailTargets makes CreateRenderTarget
+// give none.
+//
 // Queries (GetCamera, GetTransform, GetAspect, IsRenderWindow,
 // GetWindowHandle) are not logged. The non-virtual state helpers show up as
 // the SetRenderState calls they make.
@@ -20,6 +26,7 @@
 #include "render/Render.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,6 +99,17 @@ class CRecordTexture : public CTexture, public CRecordResource {
   std::vector<uint32_t> m_Pixels;  // TexelCount() texels until Release; none for render targets
 };
 
+class CRecordTarget : public CRenderTarget {
+ public:
+  CRecordTarget(CRecordRender *owner, int id, int width, int height);
+  ~CRecordTarget() override;
+  void Begin(CRender &render) override;
+  void End(CRender &render) override;
+
+  CRecordRender *m_Owner;
+  bool m_InUse = true;
+};
+
 struct CRecordedDraw {
   bool indexed = false;
   int type = 0;
@@ -140,6 +158,8 @@ class CRecordRender : public CRender {
   CRecordVertexBuffer *VertexBuffer(int id) const { return Find<CRecordVertexBuffer>(id); }
   CRecordIndexBuffer *IndexBuffer(int id) const { return Find<CRecordIndexBuffer>(id); }
   CRecordTexture *Texture(int id) const { return Find<CRecordTexture>(id); }
+  // Buffers and textures made and not yet deleted, of a kind ("vb", "ib", "tex").
+  int LiveCount(std::string_view kind) const;
 
   void SetViewport(float x, float y, float width, float height) override;
   void SetCamera(const CCamera &camera) override;
@@ -149,6 +169,8 @@ class CRecordRender : public CRender {
   bool SetIndexBuffer(CIndexBuffer *buffer) override;
   CTexture *CreateTexture(int width, int height, int depth, int format, int type) override;
   void CopyToTexture(CTexture *texture, float x, float y, float width, float height) override;
+  CRenderTarget *CreateRenderTarget(int width, int height, int depthFormat) override;
+  void ReleaseTexture(CTexture *texture) override;
   bool Clear(const float color[4], float depth, int flags) override;
   void SetTransform(int type, const CMatrix &matrix) override;
   bool DrawPrimitive(int primitiveType, int startVertex, int primitiveCount) override;
@@ -179,6 +201,10 @@ class CRecordRender : public CRender {
   CRenderClientFunctions m_Callbacks;   // the client until SetClient names another
   int m_Frames = 0;                     // Render3DEnvironment calls
   uint8_t m_ReadPixelsValue = 0;
+  bool m_FailTargets = false;
+  // Every target made, in order; targets given back stay here for reuse.
+  std::vector<std::unique_ptr<CRecordTarget>> m_Targets;
+  CRecordTarget *LastTarget() const { return m_Targets.empty() ? nullptr : m_Targets.back().get(); }
 
  private:
   friend class CRecordResource;

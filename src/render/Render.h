@@ -8,6 +8,7 @@
 #include "render/Camera.h"
 #include "render/Matrix.h"
 #include "render/Rect.h"
+#include "render/RenderTarget.h"
 #include "render/RenderTypes.h"
 #include "render/Resources.h"
 #include "render/VertexFormat.h"
@@ -16,7 +17,6 @@
 #include <deque>
 
 class CFxManager;
-class CTextureManager;
 class CSerialize;
 
 // What a renderer's frame calls back into: the application. Render draws the
@@ -60,6 +60,15 @@ class CRender {
   virtual void CopyToTexture(CTexture *texture, float x, float y, float width, float height) = 0;
   virtual bool Reserved2() { return true; }
   virtual bool Reserved3() { return true; }
+  // A target of the size with a pooled color texture (TEXF_Pooled set) and,
+  // for DEPTH_Stencil, a depth and stencil buffer; see RenderTarget.h. Null
+  // when the renderer has none to give; an incomplete one is logged and
+  // returned all the same.
+  virtual CRenderTarget *CreateRenderTarget(int width, int height, int depthFormat) = 0;
+  // Gives a pooled color texture back, and with it its target and buffer.
+  // A texture without TEXF_Pooled (a file texture, a kept target) and a
+  // second release are left alone.
+  virtual void ReleaseTexture(CTexture *texture) = 0;
   // Clears color (CLEAR_Color), depth (CLEAR_Depth) and always the stencil.
   virtual bool Clear(const float color[4], float depth, int flags) = 0;
   // TS_World and TS_View store the matrix; TS_Projection stores nothing, the
@@ -143,8 +152,9 @@ class CRender {
   int m_RenderUnit = 0;
   std::deque<RenderStateRecord> m_StateStack;
   RenderStateRecord m_States;
+  // The effect system that loads and parses effects, set by the backend that
+  // owns it. Its base needs no device, so a test may lend a recorder one.
   CFxManager *m_FxManager = nullptr;
-  CTextureManager *m_TextureManager = nullptr;
   CVertexBuffer *m_CurrentVB = nullptr;  // not owned
   CIndexBuffer *m_CurrentIB = nullptr;   // not owned
   CMatrix m_View;

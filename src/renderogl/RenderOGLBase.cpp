@@ -277,6 +277,15 @@ int CRenderOGLBase::CreateWin(WindowHandle parent, WindowHandle *outWindow) {
   return m_UnitCount++;
 }
 
+CRenderTarget *CRenderOGLBase::CreateRenderTarget(int width, int height, int depthFormat) {
+  if (!m_TextureManager) return nullptr;
+  return CTextureManager::CreateRenderTarget(m_TextureManager, *this, width, height, depthFormat);
+}
+
+void CRenderOGLBase::ReleaseTexture(CTexture *texture) {
+  if (m_TextureManager) CTextureManager::ReleaseTexture(m_TextureManager, *this, texture);
+}
+
 void CRenderOGLBase::Cleanup3DEnvironment() {
   bool current = SwitchToRenderUnit(0) && (m_Mode == MODE_HostDriven || m_UnitCount > 0);
   if (current && m_Client) m_Client->InvalidateDeviceObjects();

@@ -14,6 +14,7 @@
 class IGLContext;
 class IWindowSystem;
 class CTexture;
+class CTextureManager;
 
 struct CRenderUnitOGL {
   CRenderWindow *m_Window = nullptr;  // an entry of m_Windows
@@ -51,6 +52,9 @@ class CRenderOGLBase : public CRenderWin {
   bool SwitchToRenderUnit(int index) override;
   void ReadPixels(void *buffer) override;
   std::string Screenshot(const std::string &path) override;
+  // From the pools of the device slot; null before GL first works.
+  CRenderTarget *CreateRenderTarget(int width, int height, int depthFormat) override;
+  void ReleaseTexture(CTexture *texture) override;
 
   bool InitRenderUnit(CRenderWindow *window, CRenderUnitOGL &unit, CRenderUnitOGL *firstUnit);
   bool InitOpenGL(CRenderUnitOGL *unit);
@@ -69,6 +73,9 @@ class CRenderOGLBase : public CRenderWin {
   void AdoptTexture(CTexture *texture) { m_OwnedTextures.push_back(texture); }
 
   CScreenshot m_Screenshot;
+  // The render target pools, one per device slot; from the first InitOpenGL
+  // to the cleanup.
+  CTextureManager *m_TextureManager = nullptr;
 
  protected:
   // Where the effect system joins: made once, when GL first works, and

@@ -44,7 +44,7 @@ void DeleteTexture(CTexture *texture) {
   delete texture;
 }
 
-void DeleteTarget(CRenderTarget *target) {
+void DeleteTarget(CRenderTargetOGL *target) {
   target->Free();
   delete target;
 }
@@ -61,31 +61,19 @@ void DeleteAll(std::list<T *> &list, Deleter deleter) {
 }
 }  // namespace
 
-void CRenderTarget::Begin(CRender &render) {
-  render.PushRenderState();
-  render.SetState(RS_RenderTarget, static_cast<int>(m_Framebuffer));
+void CRenderTargetOGL::Begin(CRender &render) {
+  CRenderTarget::Begin(render);
   glBindTexture(GL_TEXTURE_2D, 0);
   glPushAttrib(GL_VIEWPORT_BIT);
-  m_SavedUnitRect = render.m_UnitRect;
-  m_SavedVirtualRect = render.m_VirtualRect;
-  m_SavedViewport = render.m_Viewport;
-  m_SavedFlipped = render.m_Flipped;
-  render.m_UnitRect = render.m_VirtualRect = CRect{0, 0, m_Width, m_Height};
-  render.m_Viewport = CPixelRect{0, 0, m_Width, m_Height};
-  render.m_Flipped = true;
   glViewport(0, 0, m_Width, m_Height);
 }
 
-void CRenderTarget::End(CRender &render) {
-  render.m_UnitRect = m_SavedUnitRect;
-  render.m_VirtualRect = m_SavedVirtualRect;
-  render.m_Viewport = m_SavedViewport;
-  render.m_Flipped = m_SavedFlipped;
+void CRenderTargetOGL::End(CRender &render) {
   glPopAttrib();
-  render.PopRenderState();
+  CRenderTarget::End(render);
 }
 
-void CRenderTarget::Free() {
+void CRenderTargetOGL::Free() {
   if (m_Color) {
     m_Color->m_RenderTarget = nullptr;
     m_Color->Release();
@@ -97,7 +85,7 @@ void CRenderTarget::Free() {
 CTextureManager::~CTextureManager() {
   size_t used = m_UsedTextures.size() + m_UsedTargets.size() + m_UsedBuffers.size();
   if (used) Log("Texture pool freed with %ld objects in use", static_cast<long>(used));
-  for (CRenderTarget *target : m_UsedTargets) target->m_Color = nullptr;  // deleted with the textures
+  for (CRenderTargetOGL *target : m_UsedTargets) target->m_Color = nullptr;  // deleted with the textures
   DeleteAll(m_UsedTargets, DeleteTarget);
   DeleteAll(m_UsedTextures, DeleteTexture);
   DeleteAll(m_UsedBuffers, DeleteBuffer);
@@ -153,14 +141,14 @@ CTexture *CTextureManager::GetColorTexture(CRender &render, int width, int heigh
   return texture;
 }
 
-CRenderTarget *CTextureManager::CreateRenderTarget(CTextureManager *manager, CRender &render, int width, int height,
-                                                   int depthFormat) {
+CRenderTargetOGL *CTextureManager::CreateRenderTarget(CTextureManager *manager, CRender &render, int width,
+                                                      int height, int depthFormat) {
   CTextureManager &pool = manager[render.m_DeviceSlot];
-  CRenderTarget *target = TakeFirst(pool.m_FreeTargets, pool.m_UsedTargets, [&](const CRenderTarget *t) {
+  CRenderTargetOGL *target = TakeFirst(pool.m_FreeTargets, pool.m_UsedTargets, [&](const CRenderTargetOGL *t) {
     return t->m_Width == width && t->m_Height == height;
   });
   if (!target) {
-    target = new CRenderTarget;
+    target = new CRenderTargetOGL;
     target->m_Width = width;
     target->m_Height = height;
     target->m_Render = &render;
@@ -190,7 +178,7 @@ void CTextureManager::ReleaseTexture(CTextureManager *manager, CRender &render, 
   // must not detach it from a target that someone else holds now.
   if (std::find(pool.m_UsedTextures.begin(), pool.m_UsedTextures.end(), texture) == pool.m_UsedTextures.end())
     return;
-  if (CRenderTarget *target = texture->m_RenderTarget) {
+  if (auto *target = static_cast<CRenderTargetOGL *>(texture->m_RenderTarget)) {
     render.PushRenderState();
     render.SetState(RS_RenderTarget, static_cast<int>(target->m_Framebuffer));
     if (target->m_Color == texture) {

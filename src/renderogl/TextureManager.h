@@ -4,23 +4,16 @@
 // scene that draws into textures every frame creates no GL object in the
 // steady state.
 //
-//   CRenderTarget *target = CTextureManager::CreateRenderTarget(manager, render, 256, 256, DEPTH_Stencil);
-//   target->Begin(render);  ... draw ...  target->End(render);
-//   use target->m_Color, then CTextureManager::ReleaseTexture(manager, render, target->m_Color);
-//
-// `manager` is the renderer's array of MaxRenderUnits pools, one per device
-// slot.
+// The GL renderer's CreateRenderTarget and ReleaseTexture come here;
+// `manager` is its array of MaxRenderUnits pools, one per device slot.
 
 #include <list>
 
-#include "render/Rect.h"
+#include "render/RenderTarget.h"
 
 class CRender;
 class CTexture;
 class CTextureManager;
-
-// The only depth format asked for: packed depth 24, stencil 8.
-constexpr int DEPTH_Stencil = 0x1000;
 
 class CRenderBuffer {
  public:
@@ -32,24 +25,16 @@ class CRenderBuffer {
   CRender *m_Render = nullptr;
 };
 
-class CRenderTarget {
+// A framebuffer object with its color texture and, if asked, a depth and
+// stencil renderbuffer.
+class CRenderTargetOGL : public CRenderTarget {
  public:
-  // Draws into the target from now on, with its size as both rects.
-  void Begin(CRender &render);
-  // Back to what was drawn into before Begin.
-  void End(CRender &render);
+  void Begin(CRender &render) override;
+  void End(CRender &render) override;
   // Releases the color texture if any and deletes the framebuffer.
   void Free();
 
-  CTexture *m_Color = nullptr;
   CRenderBuffer *m_Depth = nullptr;
-  int m_Width = 0;
-  int m_Height = 0;
-  unsigned m_Framebuffer = 0;
-  CRect m_SavedUnitRect;
-  CRect m_SavedVirtualRect;
-  CPixelRect m_SavedViewport;
-  bool m_SavedFlipped = false;
   CRender *m_Render = nullptr;
   CTextureManager *m_Manager = nullptr;
 };
@@ -67,7 +52,7 @@ class CTextureManager {
   static void Free(CTextureManager *manager);
   // Empties the free lists of the pool of the renderer's device slot.
   static void InvalidateDevice(CTextureManager *manager, CRender &render);
-  static CRenderTarget *CreateRenderTarget(CTextureManager *manager, CRender &render, int width, int height,
+  static CRenderTargetOGL *CreateRenderTarget(CTextureManager *manager, CRender &render, int width, int height,
                                            int depthFormat);
   // Gives a temporary color texture back, with its target and buffer; other
   // textures, and a second release, are left alone.
@@ -77,8 +62,8 @@ class CTextureManager {
 
   std::list<CTexture *> m_UsedTextures;
   std::list<CTexture *> m_FreeTextures;
-  std::list<CRenderTarget *> m_UsedTargets;
-  std::list<CRenderTarget *> m_FreeTargets;
+  std::list<CRenderTargetOGL *> m_UsedTargets;
+  std::list<CRenderTargetOGL *> m_FreeTargets;
   std::list<CRenderBuffer *> m_UsedBuffers;
   std::list<CRenderBuffer *> m_FreeBuffers;
 

@@ -1,6 +1,6 @@
 #include "scene/BatchDrawList.h"
 
-#include "render/RenderPoints.h"
+#include "portdata/RenderPoints.h"
 #include "scene/DrawList.h"
 #include "scene/Node.h"
 #include "scene/PortPointers.h"

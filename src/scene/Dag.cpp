@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/Log.h"
 #include "core/Random.h"
 #include "portdata/PDMesh.h"
 #include "render/Render.h"
@@ -52,8 +53,11 @@ std::string CDag::GenerateName(const char *typeName) const {
 }
 
 CNode *CDag::AddNode(const char *typeName) {
-  CNode *node = CNodeFactory::GetInstance().CreateNode(typeName);
-  CNodeFactory::Release();
+  if (!m_Factory) {
+    LogError("No node factory to make a \"%s\" node", typeName);
+    return nullptr;
+  }
+  CNode *node = m_Factory->CreateNode(typeName);
   if (!node) return nullptr;
   node->m_Name = GenerateName(typeName);
   AdoptNode(node);

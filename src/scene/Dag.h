@@ -11,6 +11,7 @@
 #include "scene/FrameInfo.h"
 
 class CNode;
+class CNodeFactory;
 class CPort;
 class CRender;
 
@@ -25,8 +26,9 @@ class CDag {
   CDag(const CDag &) = delete;
   CDag &operator=(const CDag &) = delete;
 
-  // A new node of the type with a generated unique name; null if the
-  // factory doesn't know the type. The first "Screen" becomes the root.
+  // A new node of the type, made by m_Factory, with a generated unique name;
+  // null if there is no factory or it can't make the type. The first
+  // "Screen" becomes the root.
   CNode *AddNode(const char *typeName);
   bool RemoveNode(const char *name);
   CNode *FindNode(const char *name) const;
@@ -64,6 +66,9 @@ class CDag {
   bool m_Save = true;
   bool m_HasFeedback = false;
   CNode *m_Screen = nullptr;
+  // Where AddNode and loading get nodes from; set by whoever makes the graph
+  // (the engine, a tool, a test). Not owned.
+  const CNodeFactory *m_Factory = nullptr;
 
  protected:
   void Step(float dt, bool warmup);

@@ -46,6 +46,12 @@ static CPort *FindPort(const std::vector<CPort *> &ports, const char *name) {
   return nullptr;
 }
 
+void CNode::ReportMissingPort(const char *direction, const char *name) const {
+  m_PortMissing = true;
+  LogError("Node type \"%s\" has no %s port \"%s\" of the kind it expects", m_Info ? m_Info->m_TypeName.c_str() : "?",
+           direction, name);
+}
+
 CPort *CNode::FindInPort(const char *name) const { return FindPort(m_InPorts, name); }
 CPort *CNode::FindOutPort(const char *name) const { return FindPort(m_OutPorts, name); }
 

@@ -54,15 +54,19 @@ class CNode {
   // Walks the node behind an in-port, if it is connected.
   static void WalkSource(const CPort *inPort, CDrawList &list, CDrawItemList &parents, const CCamera *camera);
 
-  // Typed port lookups for Init; null when the port is missing or of another class.
+  // Typed port lookups for Init. A port that is missing or of another class
+  // is a fault of the node type: it logs an error naming type and port, gives
+  // null and marks the node, so that creating it fails (CNodeInfo::Instantiate).
   template <typename P>
   P *InPort(const char *name) const {
-    return dynamic_cast<P *>(FindInPort(name));
+    return Checked(dynamic_cast<P *>(FindInPort(name)), "in", name);
   }
   template <typename P>
   P *OutPort(const char *name) const {
-    return dynamic_cast<P *>(FindOutPort(name));
+    return Checked(dynamic_cast<P *>(FindOutPort(name)), "out", name);
   }
+  // Whether every typed lookup so far found its port.
+  bool PortsFound() const { return !m_PortMissing; }
 
   bool m_Updated = false;
   bool m_Changed = true;
@@ -74,7 +78,14 @@ class CNode {
   FrameInfo *m_Frame = nullptr;
 
  private:
+  template <typename P>
+  P *Checked(P *port, const char *direction, const char *name) const {
+    if (!port) ReportMissingPort(direction, name);
+    return port;
+  }
+  void ReportMissingPort(const char *direction, const char *name) const;
   void ReportCycle();
+  mutable bool m_PortMissing = false;
   int m_PullDepth = 0;
   int m_WalkDepth = 0;
   bool m_CycleReported = false;

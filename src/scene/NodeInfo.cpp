@@ -1,5 +1,6 @@
 #include "scene/NodeInfo.h"
 
+#include "core/Log.h"
 #include "scene/Node.h"
 #include "scene/Port.h"
 
@@ -23,6 +24,10 @@ CNode *CNodeInfo::Instantiate() const {
   for (const CPort *p : m_OutPorts) node->m_OutPorts.push_back(p->Clone());
   for (CPort *p : node->m_InPorts) p->SetOwner(node);
   for (CPort *p : node->m_OutPorts) p->SetOwner(node);
-  node->Init();
+  if (!node->Init() || !node->PortsFound()) {
+    LogError("Unable to initialise a node of type \"%s\"", m_TypeName.c_str());
+    delete node;
+    return nullptr;
+  }
   return node;
 }

@@ -29,7 +29,8 @@ class CNodeInfo {
   }
 
   // A new node of this type: created, ports cloned from the prototypes in
-  // order, owners set, then Init (whose result doesn't stop creation).
+  // order, owners set, then Init. Null, logged, when Init fails or did not
+  // find a port it looked up: such a node would run on null ports.
   CNode *Instantiate() const;
 
   Creator m_Creator;

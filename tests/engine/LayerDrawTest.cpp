@@ -33,7 +33,6 @@ class LayerDraw : public testing::Test {
   // One frame of `layered` on a unit of 320 x 200 whose viewport is its
   // left half; returns the calls that tell the order.
   std::vector<std::string> Frame(CSceneLayered &layered) {
-    if (layered.m_PreviousLayer) layered.m_PreviousLayer->SetTargetSource(&targets);
     layered.Update(0.1f);
     render.ClearCalls();
     render.m_Callbacks.onRender = [&] {
@@ -49,7 +48,6 @@ class LayerDraw : public testing::Test {
   LayerFiles files;
   CVelmor engine;
   CRecordRender render{320, 200};
-  CRecordTargets targets;
   std::unique_ptr<CScene> background, foreground, postprocessing;
 };
 }  // namespace
@@ -65,7 +63,7 @@ TEST_F(LayerDraw, LayersGoIntoTheTargetThatThePostprocessingSceneReads) {
       "GenerateMipmaps tex1",  "Clear 0 0 1 1 1 3",          "ReleaseTarget pooled"};
   EXPECT_EQ(Frame(layered), frame);
   // The postprocessing scene's texture is the target the layers went into.
-  EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), targets.Last()->m_Color);
+  EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), render.LastTarget()->m_Color);
   EXPECT_TRUE(render.m_Faults.empty());
 }
 
@@ -94,7 +92,7 @@ TEST_F(LayerDraw, MissingLayersAreLeftOut) {
 TEST_F(LayerDraw, WhenNoTargetCanBeHadTheLayersGoStraightToTheScreen) {
   CSceneLayered layered(background.get(), foreground.get(), postprocessing.get());
   layered.Init();
-  targets.fail = true;
+  render.m_FailTargets = true;
   EXPECT_EQ(Frame(layered), (std::vector<std::string>{"CreateTarget 160x200", "Clear 1 0 0 1 1 3",
                                                       "Clear 0 0 0 1 1 2", "Clear 0 1 0 1 1 3"}));
   EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), nullptr);

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "render/RenderLines.h"
-#include "render/RenderPoints.h"
+#include "portdata/RenderLines.h"
+#include "portdata/RenderPoints.h"
 #include "scene/DrawList.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"

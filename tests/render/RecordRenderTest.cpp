@@ -152,17 +152,37 @@ TEST(RecordRender, TexturesKeepAHostCopyUntilReleased) {
   EXPECT_EQ(render.Texture(1), nullptr);
 }
 
-TEST(RecordRender, WindowsAndRecordingSwitch) {
-  CRecordRender render;
-  EXPECT_EQ(render.GetWindowHandle(0), 0u);
-  render.m_Windows = {0x400001, 0x400002};
-  EXPECT_EQ(render.GetWindowHandle(1), 0x400002u);
-  EXPECT_TRUE(render.IsRenderWindow(0x400001));
-  EXPECT_FALSE(render.IsRenderWindow(0x400003));
-  EXPECT_EQ(render.MsgProc(0x400001, WM_KEYDOWN, 27, 0), 0);
-  EXPECT_EQ(render.m_Calls.back(), "MsgProc 4194305 0x0100 27 0");
+TEST(RecordRender, TargetsNestRestoreTheRectsAndComeBackForTheirSize) {
+  CRecordRender render(40, 30);
+  CRenderTarget *outer = render.CreateRenderTarget(16, 8, DEPTH_Stencil);
+  CRenderTarget *inner = render.CreateRenderTarget(4, 2, 0);
+  ASSERT_TRUE(outer && inner && outer->m_Color && inner->m_Color);
+  EXPECT_TRUE(outer->m_Color->m_Flags & TEXF_Pooled);
+  outer->Begin(render);
+  inner->Begin(render);
+  EXPECT_EQ(render.m_UnitRect, (CRect{0, 0, 4, 2}));
+  EXPECT_TRUE(render.m_Flipped);
+  inner->End(render);
+  EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, 16, 8}));
+  outer->End(render);
+  EXPECT_EQ(render.m_UnitRect, (CRect{0, 0, 40, 30}));
+  EXPECT_FALSE(render.m_Flipped);
+  // A kept color stays out; a given-back one brings its target back for the
+  // next request of its size.
+  outer->m_Color->m_Flags &= ~TEXF_Pooled;
+  render.ReleaseTexture(outer->m_Color);
+  render.ReleaseTexture(inner->m_Color);
+  EXPECT_NE(render.CreateRenderTarget(16, 8, 0), outer);
+  EXPECT_EQ(render.CreateRenderTarget(4, 2, 0), inner);
+  render.m_FailTargets = true;
+  EXPECT_EQ(render.CreateRenderTarget(4, 2, 0), nullptr);
+  EXPECT_EQ(render.Calls("ReleaseTarget"), (std::vector<std::string>{"ReleaseTarget held", "ReleaseTarget pooled"}));
+  render.Render3DEnvironment(false);
+  EXPECT_TRUE(render.m_Faults.empty()) << render.m_Faults.front();
+}
 
-  render.ClearCalls();
+TEST(RecordRender, RecordingOffStoresNothing) {
+  CRecordRender render;
   render.m_Recording = false;
   render.SetVertexBuffer(nullptr);
   render.DrawPrimitive(PT_TriangleList, 0, 1);

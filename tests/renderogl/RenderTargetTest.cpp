@@ -29,12 +29,12 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   VELMOR_REQUIRE_DISPLAY();
   GLWindow gl(8, 8);
   ASSERT_TRUE(gl.Ok()) << GetFirstError();
-  CRender &r = gl.render;
+  auto &r = gl.render;
   CTextureManager *pool = r.m_TextureManager;
   ASSERT_NE(pool, nullptr);
 
-  CRenderTarget *a = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
-  CRenderTarget *b = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  CRenderTargetOGL *a = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  CRenderTargetOGL *b = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
   ASSERT_NE(a, b);
   ASSERT_NE(a->m_Color, nullptr);
   ASSERT_NE(a->m_Depth, nullptr);
@@ -58,14 +58,14 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   EXPECT_EQ(pool->m_FreeBuffers.size(), 2u);
   EXPECT_TRUE(pool->m_UsedTargets.empty());
 
-  CRenderTarget *c = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
-  CRenderTarget *d = CTextureManager::CreateRenderTarget(pool, r, 32, 16, 0);
+  CRenderTargetOGL *c = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
+  CRenderTargetOGL *d = CTextureManager::CreateRenderTarget(pool, r, 32, 16, 0);
   EXPECT_EQ((std::set<GLuint>{c->m_Framebuffer, d->m_Framebuffer}), framebuffers);
   EXPECT_EQ((std::set<GLuint>{Name(c->m_Color), Name(d->m_Color)}), textures);
   ASSERT_NE(c->m_Depth, nullptr);
   EXPECT_TRUE(buffers.count(c->m_Depth->m_Name));
   EXPECT_EQ(d->m_Depth, nullptr) << "a reused target keeps no depth buffer it was not asked for";
-  for (CRenderTarget *t : {c, d}) {
+  for (CRenderTargetOGL *t : {c, d}) {
     GLint minFilter = 0;
     glBindTexture(GL_TEXTURE_2D, Name(t->m_Color));
     glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &minFilter);
@@ -96,10 +96,11 @@ TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
   VELMOR_REQUIRE_DISPLAY();
   GLWindow gl(20, 10);
   ASSERT_TRUE(gl.Ok()) << GetFirstError();
+  // Through the renderer's own interface, as nodes use it.
   CRender &r = gl.render;
-  CTextureManager *pool = r.m_TextureManager;
-  CRenderTarget *outer = CTextureManager::CreateRenderTarget(pool, r, 16, 16, DEPTH_Stencil);
-  CRenderTarget *inner = CTextureManager::CreateRenderTarget(pool, r, 8, 4, 0);
+  CRenderTarget *outer = r.CreateRenderTarget(16, 16, DEPTH_Stencil);
+  CRenderTarget *inner = r.CreateRenderTarget(8, 4, 0);
+  ASSERT_TRUE(outer && inner);
   const float red[4] = {1, 0, 0, 1}, blue[4] = {0, 0, 1, 1};
 
   outer->Begin(r);
@@ -130,8 +131,8 @@ TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
     EXPECT_EQ(texels.back() & 0xFFFFFF, rgb);
   }
   glBindTexture(GL_TEXTURE_2D, 0);
-  CTextureManager::ReleaseTexture(pool, r, outer->m_Color);
-  CTextureManager::ReleaseTexture(pool, r, inner->m_Color);
+  r.ReleaseTexture(outer->m_Color);
+  r.ReleaseTexture(inner->m_Color);
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 

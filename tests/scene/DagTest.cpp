@@ -17,6 +17,7 @@ class DagTest : public testing::Test {
     factory->AddNodeType(CTestGroupNode::CreateInfo());
     factory->AddNodeType(CTestMeshNode::CreateInfo());
     factory->AddNodeType(CTestMeshUserNode::CreateInfo());
+    dag.m_Factory = &*factory;
   }
   template <typename N>
   N *Add(const char *type) {

@@ -6,7 +6,20 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 namespace {
+// A type whose Init looks up one port under a name or class it never declared.
+class CMisnamedNode : public CNode {
+ public:
+  static CNodeInfo *CreateInfo(bool wrongName) {
+    auto *info = new CNodeInfo(7, "Misnamed", [] { return static_cast<CNode *>(new CMisnamedNode); }, "");
+    info->AddInPort(new CPortFloat(wrongName ? "Valeu" : "Value", "", 0, 0, 0, 1));
+    return info;
+  }
+  bool Init() override { return InPort<CPortFloat>("Value") || InPort<CPortInt>("Valeu"); }
+};
+
 class Nodes : public testing::Test {
  protected:
   CTestValueNode *Value(const std::string &name) { return g.Add<CTestValueNode>(CTestValueNode::CreateInfo(), name.c_str()); }
@@ -27,6 +40,24 @@ TEST_F(Nodes, PortsAreClonedOwnedAndInitFindsThem) {
   EXPECT_TRUE(n->m_Changed);
   EXPECT_EQ(n->FindInPort("in"), nullptr);  // exact case
   EXPECT_EQ(n->m_Info, g.infos[0].get());
+}
+
+TEST_F(Nodes, APortInitCannotFindIsLoggedWithItsTypeAndTheNodeIsNotMade) {
+  for (bool wrongName : {true, false}) {
+    LogCapture log;
+    std::unique_ptr<CNodeInfo> info(CMisnamedNode::CreateInfo(wrongName));
+    std::unique_ptr<CNode> node(info->Instantiate());
+    if (!wrongName) {
+      EXPECT_NE(node, nullptr);
+      EXPECT_TRUE(log.errors.empty());
+      continue;
+    }
+    EXPECT_EQ(node, nullptr);
+    EXPECT_EQ(log.errors, (std::vector<std::string>{
+                              "Node type \"Misnamed\" has no in port \"Value\" of the kind it expects",
+                              "Node type \"Misnamed\" has no in port \"Valeu\" of the kind it expects",
+                              "Unable to initialise a node of type \"Misnamed\""}));
+  }
 }
 
 TEST_F(Nodes, UnguardedRunsPerConsumerGuardedOncePerStep) {

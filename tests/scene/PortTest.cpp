@@ -184,33 +184,3 @@ TEST(PortPull, ChangeFlagsAndUnconnectedPorts) {
   EXPECT_EQ(obj.m_Value, nullptr);
   EXPECT_EQ(src.runs, 2);
 }
-
-TEST(PortClone, CopiesTypedFieldsAndResetsFlags) {
-  CPortInt proto("Shape", "Shape type", 2, 0, 5);
-  proto.AddValue(0, "Sphere");
-  proto.m_Changed = false;
-  proto.m_Connected = true;
-  std::unique_ptr<CPort> c(proto.Clone());
-  auto *ci = dynamic_cast<CPortInt *>(c.get());
-  ASSERT_NE(ci, nullptr);
-  EXPECT_EQ(ci->m_Value, 2);
-  EXPECT_EQ(ci->m_Max, 5);
-  EXPECT_EQ(ci->m_Desc, "Shape type");
-  EXPECT_TRUE(ci->m_Changed);
-  EXPECT_FALSE(ci->m_Connected);
-  ASSERT_TRUE(ci->m_Values);
-  EXPECT_NE(ci->m_Values.get(), proto.m_Values.get());
-  ci->SetText("SPHERE");
-  EXPECT_EQ(ci->m_Value, 0);
-
-  std::unique_ptr<CPortRect> r(MakeViewportPort("Viewport", "Area"));
-  r->x.m_Value = 0.5f;
-  std::unique_ptr<CPort> rc(r->Clone());
-  EXPECT_EQ(rc->GetText(), "0.5 0 1 1");
-  EXPECT_EQ(rc->GetSubPort(1)->m_Name, "Viewport.y");
-
-  CPortMesh mesh("Mesh", "Mesh in");
-  std::unique_ptr<CPort> mc(mesh.Clone());
-  EXPECT_NE(dynamic_cast<CPortMesh *>(mc.get()), nullptr);
-  EXPECT_EQ(mc->m_Type, PT_Mesh);
-}

@@ -66,6 +66,7 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
                      "<GoodScenes><Scene Name=\"Stars\"/></GoodScenes><BadScenes><Scene Name=\"Fire\"/></BadScenes>") +
                 "<Velmor><Scenes><Scene Name=\"Second\"/></Scenes></Velmor>");
   CScene scene;
+  scene.m_Factory = &*factory;
   scene.m_File = "[apppath]scenes/a.vms";
   ASSERT_TRUE(scene.LoadExternal());
   EXPECT_EQ(scene.m_Name, "Waves");
@@ -92,6 +93,7 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
 TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoad) {
   LogCapture log;
   CScene scene;
+  scene.m_Factory = &*factory;
   EXPECT_TRUE(scene.LoadExternal());  // no file: complete already
   scene.m_File = dir / "none.vms";
   EXPECT_FALSE(scene.LoadExternal());
@@ -112,6 +114,7 @@ TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoad) {
 TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   clock.clock.utc = WallTime{2031, 7, 9, 8, 4, 5, 0, 3};
   CScene scene;
+  scene.m_Factory = &*factory;
   scene.m_Name = "S";
   scene.AddNode("Sin");
   scene.AddNode("Sin");
@@ -139,6 +142,7 @@ TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   TiXmlDocument doc;
   doc.Parse(("<Velmor><Transitions/>" + text + "</Velmor>").c_str());
   CScene copy;
+  copy.m_Factory = &*factory;
   CSerializeXMLLoad load(doc, doc.RootElement()->FirstChildElement("Scenes")->FirstChildElement("Scene"));
   copy.Serialize(load);
   ASSERT_EQ(copy.m_Nodes.size(), 2u);
@@ -150,6 +154,7 @@ TEST_F(SceneFile, ProjectReferencesCarryFileNameAndRunTimeOnly) {
   TiXmlDocument doc;
   doc.Parse("<Scenes><Scene File=\"\" Name=\"Empty\" ShowTimeMax=\"12.5\"><Nodes><Node Type=\"Sin\"/></Nodes></Scene></Scenes>");
   CScene scene;
+  scene.m_Factory = &*factory;
   CSerializeXMLLoad load(doc, doc.RootElement()->FirstChildElement("Scene"));
   load.m_Mode = SM_ProjectRef;
   scene.Serialize(load);
@@ -163,6 +168,7 @@ TEST_F(SceneFile, FeedbackThroughColorNextIsDetected) {
   dir.Write("fb.vms", SceneDoc("Name=\"F\"", "<Node Type=\"RenderToTexture\" Name=\"R\"/><Node Type=\"TestTextureUser\" Name=\"U\"/>",
                                "<Connection Out=\"R.ColorNext\" In=\"U.Texture\"/>"));
   CScene scene;
+  scene.m_Factory = &*factory;
   scene.m_File = dir / "fb.vms";
   ASSERT_TRUE(scene.LoadExternal());
   EXPECT_TRUE(scene.m_HasFeedback);

@@ -10,7 +10,6 @@
 #include "render/Render.h"
 #include "render/RenderTypes.h"
 #include "render/Resources.h"
-#include "renderogl/TextureManager.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
@@ -222,8 +221,7 @@ void CShaderNode::EndPass(PassHandle pass) {
 void CShaderNode::End() {
   for (CTexture *&t : m_BeginTextures) {
     // Only pooled textures (a Blur's result) go back; others are left alone.
-    if (t && m_Render && m_Render->m_TextureManager)
-      CTextureManager::ReleaseTexture(m_Render->m_TextureManager, *m_Render, t);
+    if (t && m_Render) m_Render->ReleaseTexture(t);
     t = nullptr;
   }
 }

@@ -19,9 +19,7 @@ bool CConeNode::Init() {
   m_Radius = InPort<CPortFloat>("Radius");
   m_Height = InPort<CPortFloat>("Height");
   m_NumSegments = InPort<CPortInt>("NumSegments");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CConeNode::CreateMesh(CPDMesh &mesh) {

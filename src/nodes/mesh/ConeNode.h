@@ -6,13 +6,13 @@ class CPortFloat;
 class CPortInt;
 
 // A cone without a base; rim normals are horizontal whatever the slope.
-class CConeNode : public CMeshNode {
+class CConeNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
   bool CreateMesh(CPDMesh &mesh) override;
 
  private:
-  CPortFloat *m_Radius = nullptr, *m_Height = nullptr, *m_ScaleU = nullptr, *m_ScaleV = nullptr;
+  CPortFloat *m_Radius = nullptr, *m_Height = nullptr;
   CPortInt *m_NumSegments = nullptr;
 };

@@ -33,9 +33,7 @@ CNodeInfo *CCubeNode::CreateInfo() {
 
 bool CCubeNode::Init() {
   m_Size = InPort<CPortVector>("Size");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CCubeNode::CreateMesh(CPDMesh &mesh) {

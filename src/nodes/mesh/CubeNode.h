@@ -6,7 +6,7 @@ class CPortFloat;
 class CPortVector;
 
 // A box of six quads with their own normals and texture corners.
-class CCubeNode : public CMeshNode {
+class CCubeNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -14,5 +14,4 @@ class CCubeNode : public CMeshNode {
 
  private:
   CPortVector *m_Size = nullptr;
-  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
 };

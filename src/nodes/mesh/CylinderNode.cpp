@@ -53,10 +53,8 @@ bool CCylinderNode::Init() {
   m_RadiusScaleBottom = InPort<CPortFloat>("RadiusScaleBottom");
   m_Height = InPort<CPortFloat>("Height");
   m_NumSegments = InPort<CPortInt>("NumSegments");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
   m_Capped = InPort<CPortBool>("Capped");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CCylinderNode::CreateMesh(CPDMesh &mesh) {

@@ -7,7 +7,7 @@ class CPortFloat;
 class CPortInt;
 
 // A tube of quads with separately scaled top and bottom rings, and optional caps.
-class CCylinderNode : public CMeshNode {
+class CCylinderNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -16,6 +16,5 @@ class CCylinderNode : public CMeshNode {
  private:
   CPortFloat *m_Radius = nullptr, *m_RadiusScaleTop = nullptr, *m_RadiusScaleBottom = nullptr, *m_Height = nullptr;
   CPortInt *m_NumSegments = nullptr;
-  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
   CPortBool *m_Capped = nullptr;
 };

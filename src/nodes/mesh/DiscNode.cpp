@@ -35,9 +35,7 @@ bool CDiscNode::Init() {
   m_InnerRadius = InPort<CPortFloat>("InnerRadius");
   m_NumSegments = InPort<CPortInt>("NumSegments");
   m_End = InPort<CPortFloat>("End");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CDiscNode::CreateMesh(CPDMesh &mesh) {

@@ -6,7 +6,7 @@ class CPortFloat;
 class CPortInt;
 
 // A flat disc, or with an inner radius a ring that may stop part way round.
-class CDiscNode : public CMeshNode {
+class CDiscNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -15,5 +15,5 @@ class CDiscNode : public CMeshNode {
  private:
   CPortFloat *m_OuterRadius = nullptr, *m_InnerRadius = nullptr;
   CPortInt *m_NumSegments = nullptr;
-  CPortFloat *m_End = nullptr, *m_ScaleU = nullptr, *m_ScaleV = nullptr;
+  CPortFloat *m_End = nullptr;
 };

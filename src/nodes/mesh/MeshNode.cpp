@@ -11,6 +11,12 @@ bool CMeshNode::Init() {
   return true;
 }
 
+bool CShapeNode::Init() {
+  m_ScaleU = InPort<CPortFloat>("ScaleU");
+  m_ScaleV = InPort<CPortFloat>("ScaleV");
+  return CMeshNode::Init();
+}
+
 void CMeshNode::Update(float, FrameInfo *frame) {
   if (m_Updated) return;
   if (UpdateInPorts(frame->Time)) m_Dirty = true;

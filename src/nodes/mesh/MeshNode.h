@@ -8,6 +8,7 @@
 #include "scene/Node.h"
 
 class CNodeInfo;
+class CPortFloat;
 class CPortInt;
 class CPortMesh;
 
@@ -30,6 +31,16 @@ class CMeshNode : public CNode, public CPDMesh {
 
  private:
   bool m_Generating = false;
+};
+
+// A mesh node that generates a shape: it has the texture scale ports, which
+// its Init binds before the Mesh out-port.
+class CShapeNode : public CMeshNode {
+ public:
+  bool Init() override;
+
+ protected:
+  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
 };
 
 // ScaleU and ScaleV, which every shape has.

@@ -19,9 +19,7 @@ bool CPlaneNode::Init() {
   m_Height = InPort<CPortFloat>("Height");
   m_TesselateW = InPort<CPortInt>("TesselateW");
   m_TesselateH = InPort<CPortInt>("TesselateH");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CPlaneNode::CreateMesh(CPDMesh &mesh) {

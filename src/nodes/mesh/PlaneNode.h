@@ -7,7 +7,7 @@ class CPortInt;
 
 // A grid of quads in z = 0 facing -z. A tessellation beyond what 16-bit
 // indices address is lowered, the larger side first.
-class CPlaneNode : public CMeshNode {
+class CPlaneNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -16,5 +16,4 @@ class CPlaneNode : public CMeshNode {
  private:
   CPortFloat *m_Width = nullptr, *m_Height = nullptr;
   CPortInt *m_TesselateW = nullptr, *m_TesselateH = nullptr;
-  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
 };

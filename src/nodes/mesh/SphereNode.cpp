@@ -19,9 +19,7 @@ bool CSphereNode::Init() {
   m_Radius = InPort<CPortFloat>("Radius");
   m_NumRings = InPort<CPortInt>("NumRings");
   m_NumSegments = InPort<CPortInt>("NumSegments");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CSphereNode::CreateMesh(CPDMesh &mesh) {

@@ -7,7 +7,7 @@ class CPortInt;
 
 // A sphere of rings from the +y pole down. Rings and segments beyond what
 // 16-bit indices address are lowered, the larger first.
-class CSphereNode : public CMeshNode {
+class CSphereNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -16,5 +16,4 @@ class CSphereNode : public CMeshNode {
  private:
   CPortFloat *m_Radius = nullptr;
   CPortInt *m_NumRings = nullptr, *m_NumSegments = nullptr;
-  CPortFloat *m_ScaleU = nullptr, *m_ScaleV = nullptr;
 };

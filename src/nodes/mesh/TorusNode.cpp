@@ -37,9 +37,7 @@ bool CTorusNode::Init() {
   m_IsPQTorus = InPort<CPortBool>("IsPQTorus");
   m_P = InPort<CPortFloat>("P");
   m_Q = InPort<CPortFloat>("Q");
-  m_ScaleU = InPort<CPortFloat>("ScaleU");
-  m_ScaleV = InPort<CPortFloat>("ScaleV");
-  return CMeshNode::Init();
+  return CShapeNode::Init();
 }
 
 bool CTorusNode::CreateMesh(CPDMesh &mesh) {

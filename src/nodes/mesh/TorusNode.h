@@ -9,7 +9,7 @@ class CPortInt;
 // A tube around a closed curve, a circle or a (p, q) knot, as one triangle
 // strip; clumps swell the tube along the way. Subdivisions beyond what
 // 16-bit indices address are lowered, the larger first.
-class CTorusNode : public CMeshNode {
+class CTorusNode : public CShapeNode {
  public:
   static CNodeInfo *CreateInfo();
   bool Init() override;
@@ -21,5 +21,5 @@ class CTorusNode : public CMeshNode {
   CPortInt *m_Clumps = nullptr;
   CPortFloat *m_ClumpOffset = nullptr, *m_ClumpScale = nullptr;
   CPortBool *m_IsPQTorus = nullptr;
-  CPortFloat *m_P = nullptr, *m_Q = nullptr, *m_ScaleU = nullptr, *m_ScaleV = nullptr;
+  CPortFloat *m_P = nullptr, *m_Q = nullptr;
 };

@@ -4,8 +4,8 @@
 
 #include "render/Render.h"
 #include "render/RenderTypes.h"
+#include "render/RenderTarget.h"
 #include "render/Resources.h"
-#include "renderogl/TextureManager.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
@@ -29,20 +29,6 @@ CPortInt *SizePort(const char *name, const char *desc) {
 
 constexpr int kTextureFlags = 0x20;
 }  // namespace
-
-CRenderTarget *CRenderTargetSource::Create(CRender &render, int width, int height) {
-  if (!render.m_TextureManager) return nullptr;
-  return CTextureManager::CreateRenderTarget(render.m_TextureManager, render, width, height, DEPTH_Stencil);
-}
-void CRenderTargetSource::Begin(CRenderTarget &target, CRender &render) { target.Begin(render); }
-void CRenderTargetSource::End(CRenderTarget &target, CRender &render) { target.End(render); }
-void CRenderTargetSource::Release(CRender &render, CTexture *color) {
-  CTextureManager::ReleaseTexture(render.m_TextureManager, render, color);
-}
-CRenderTargetSource &CRenderTargetSource::Pools() {
-  static CRenderTargetSource pools;
-  return pools;
-}
 
 CNodeInfo *CRenderToTextureNode::CreateInfo() {
   auto *info = new CNodeInfo(4, "RenderToTexture", [] { return static_cast<CNode *>(new CRenderToTextureNode); },
@@ -133,7 +119,7 @@ void CRenderToTextureNode::Draw(CRender &render, Buffer &buffer, bool clearOnly)
   if (!buffer.target) {
     int width, height;
     TextureSize(render, width, height);
-    buffer.target = m_Source->Create(render, width, height);
+    buffer.target = render.CreateRenderTarget(width, height, DEPTH_Stencil);
     if (!buffer.target || !buffer.target->m_Color) {
       buffer.target = nullptr;
       return;
@@ -142,14 +128,14 @@ void CRenderToTextureNode::Draw(CRender &render, Buffer &buffer, bool clearOnly)
     buffer.target->m_Color->m_Flags &= ~TEXF_Pooled;
   }
   CCamera camera = *render.GetCamera();
-  m_Source->Begin(*buffer.target, render);
+  buffer.target->Begin(render);
   if (clearOnly) {
     const float transparent[4] = {0, 0, 0, 0};
     render.Clear(transparent, 1.0f, CLEAR_Color | CLEAR_Depth);
   } else {
     m_List.Draw(&render);
   }
-  m_Source->End(*buffer.target, render);
+  buffer.target->End(render);
   render.SetCamera(camera);
   if (m_CreateMipMaps && m_CreateMipMaps->m_Value) buffer.target->m_Color->GenerateMipmaps();
 }
@@ -168,7 +154,7 @@ void CRenderToTextureNode::InvalidateDevice(CRender *render) {
     if (!b.target) continue;
     if (b.target->m_Color) {
       b.target->m_Color->m_Flags |= TEXF_Pooled;
-      m_Source->Release(*render, b.target->m_Color);
+      render->ReleaseTexture(b.target->m_Color);
     }
     b.rendered = false;
     b.target = nullptr;

@@ -15,18 +15,6 @@ class CPortInt;
 class CPortRender;
 class CPortTexture;
 class CRenderTarget;
-class CRenderToTextureNode;
-
-// Where render targets come from: the renderer's pools. Tests stand in.
-class CRenderTargetSource {
- public:
-  virtual ~CRenderTargetSource() = default;
-  virtual CRenderTarget *Create(CRender &render, int width, int height);
-  virtual void Begin(CRenderTarget &target, CRender &render);
-  virtual void End(CRenderTarget &target, CRender &render);
-  virtual void Release(CRender &render, CTexture *color);
-  static CRenderTargetSource &Pools();
-};
 
 class CRenderToTextureNode : public CNode {
  public:
@@ -41,7 +29,6 @@ class CRenderToTextureNode : public CNode {
 
   // The size a buffer gets on this render unit.
   void TextureSize(const CRender &render, int &width, int &height) const;
-  void SetTargetSource(CRenderTargetSource *source) { m_Source = source; }
   const CRenderTarget *Target(int buffer) const { return m_Buffers[buffer].target; }
   int BufferIndex() const { return m_Index; }
 
@@ -82,5 +69,4 @@ class CRenderToTextureNode : public CNode {
   bool m_ListFilled = false;
   int m_Index = 0;
   Buffer m_Buffers[2];
-  CRenderTargetSource *m_Source = &CRenderTargetSource::Pools();
 };

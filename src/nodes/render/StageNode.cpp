@@ -4,7 +4,8 @@
 #include "scene/PortPointers.h"
 
 bool CStageNode::Init() {
-  m_RenderIn = InPort<CPortRender>("Render");
+  // Clear starts a chain and has no Render in-port; every other stage has one.
+  if (FindInPort("Render")) m_RenderIn = InPort<CPortRender>("Render");
   m_RenderOut = OutPort<CPortRender>("Render");
   return true;
 }

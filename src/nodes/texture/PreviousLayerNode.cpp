@@ -2,11 +2,10 @@
 
 #include <algorithm>
 
-#include "nodes/render/RenderToTextureNode.h"
 #include "render/Render.h"
 #include "render/RenderTypes.h"
+#include "render/RenderTarget.h"
 #include "render/Resources.h"
-#include "renderogl/TextureManager.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
@@ -26,7 +25,7 @@ CNodeInfo *CPreviousLayerNode::CreateInfo() {
   return info;
 }
 
-CPreviousLayerNode::CPreviousLayerNode() : m_Source(&CRenderTargetSource::Pools()) {
+CPreviousLayerNode::CPreviousLayerNode() {
   m_Flags = kLayerFlags;
   m_Mode = 2;
 }
@@ -50,7 +49,7 @@ void CPreviousLayerNode::Update(float time, FrameInfo *) {
 bool CPreviousLayerNode::BeginLayer(CRender *render) {
   const int width = std::max(1, render->m_Viewport.width);
   const int height = std::max(1, render->m_Viewport.height);
-  m_Target = m_Source->Create(*render, width, height);
+  m_Target = render->CreateRenderTarget(width, height, DEPTH_Stencil);
   if (!m_Target || !m_Target->m_Color) {
     m_Target = nullptr;
     return false;
@@ -59,7 +58,7 @@ bool CPreviousLayerNode::BeginLayer(CRender *render) {
   // while the layers are drawn into it.
   m_Target->m_Color->m_Flags &= ~TEXF_Pooled;
   m_SavedCamera = *render->GetCamera();
-  m_Source->Begin(*m_Target, *render);
+  m_Target->Begin(*render);
   m_InLayer = true;
   return true;
 }
@@ -67,7 +66,7 @@ bool CPreviousLayerNode::BeginLayer(CRender *render) {
 void CPreviousLayerNode::EndLayer(CRender *render) {
   if (!m_InLayer) return;
   m_InLayer = false;
-  m_Source->End(*m_Target, *render);
+  m_Target->End(*render);
   render->SetCamera(m_SavedCamera);
   if (WantsMipMaps()) m_Target->m_Color->GenerateMipmaps();
 }
@@ -75,7 +74,7 @@ void CPreviousLayerNode::EndLayer(CRender *render) {
 void CPreviousLayerNode::FreeLayer(CRender *render) {
   if (!m_Target || !m_Target->m_Color || (m_Target->m_Color->m_Flags & TEXF_Pooled)) return;  // not held
   m_Target->m_Color->m_Flags |= TEXF_Pooled;
-  m_Source->Release(*render, m_Target->m_Color);
+  render->ReleaseTexture(m_Target->m_Color);
 }
 
 // Read only while the postprocessing scene draws, that is after this frame's

@@ -12,7 +12,6 @@ class CNodeInfo;
 class CPortBool;
 class CPortTexture;
 class CRenderTarget;
-class CRenderTargetSource;
 
 class CPreviousLayerNode : public CNode, public CPDTexture {
  public:
@@ -34,8 +33,6 @@ class CPreviousLayerNode : public CNode, public CPDTexture {
   // Hands the target back to the pools once the postprocessing scene is drawn.
   void FreeLayer(CRender *render);
 
-  void SetTargetSource(CRenderTargetSource *source) { m_Source = source; }
-
  private:
   bool WantsMipMaps() const;
 
@@ -44,5 +41,4 @@ class CPreviousLayerNode : public CNode, public CPDTexture {
   CRenderTarget *m_Target = nullptr;
   bool m_InLayer = false;
   CCamera m_SavedCamera;
-  CRenderTargetSource *m_Source;
 };

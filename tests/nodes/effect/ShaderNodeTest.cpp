@@ -87,24 +87,6 @@ const char kMinimal[] =
     "float4 PS_Program() : COLOR { return float4(1.0, 0.0, 0.0, 1.0); }\n";
 }  // namespace
 
-TEST_F(ShaderNode, DeclaresItselfWithItsPortsInOrder) {
-  const CNodeInfo *info = factory->FindType("Shader");
-  ASSERT_TRUE(info);
-  EXPECT_EQ(info->m_Group, 5);
-  EXPECT_EQ(info->m_Desc, "A customer cgfx shader");
-  std::vector<std::string> names;
-  for (const CPort *p : info->m_InPorts) names.push_back(p->m_Name);
-  EXPECT_EQ(names, (std::vector<std::string>{"DepthTest", "DepthWrite", "AALine", "SrcBlend", "DstBlend", "CullMode",
-                                             "In1", "In2", "In3", "Color1", "Color2", "Shader", "RandomSeed",
-                                             "Expression", "Texture1", "Texture2", "Texture3"}));
-  auto *cull = dynamic_cast<const CPortInt *>(info->m_InPorts[5]);
-  ASSERT_TRUE(cull);
-  EXPECT_EQ(cull->m_Values->at(1), "Cull forward facing polygons");
-  auto *src = dynamic_cast<const CPortInt *>(info->m_InPorts[3]);
-  EXPECT_EQ(src->m_Value, 1);
-  EXPECT_EQ(src->m_Values->at(10), "Source Alpha Saturate");
-}
-
 TEST_F(ShaderNode, TheDefaultTextCompilesToValidGlsl) {
   ASSERT_TRUE(node->RestoreDevice(&render));
   const std::string &text = node->ComposedText();

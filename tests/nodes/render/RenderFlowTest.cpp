@@ -32,6 +32,7 @@ class RenderFlow : public testing::Test {
     factory->Init();
     factory->AddNodeType(CEffectSourceNode::CreateInfo());
     factory->AddNodeType(CTestMeshNode::CreateInfo());
+    dag.m_Factory = &*factory;
     render.m_Callbacks.onRender = [this] { dag.Draw(&render); };
   }
   CNode *Add(const char *type) { return dag.AddNode(type); }
@@ -167,41 +168,4 @@ TEST_F(RenderFlow, RenderObjectDrawsItsObjectThroughItsOwnCamera) {
   Frame();  // the draw sets Aspect to 2; the next update uses it
   Frame();
   EXPECT_FLOAT_EQ(camera.m_View.m[0], 2.0f);
-}
-
-// A mesh generator in a running scene: generated once after the update,
-// uploaded on the draw, generated again only when one of its ports changes,
-// and its buffers gone when the scene leaves the screen.
-TEST_F(RenderFlow, MeshesAreGeneratedOnceUploadedOnDrawAndReleasedWithTheScene) {
-  for (const char *type : {"Screen", "RenderObject", "MeshObject", "Cube"}) Add(type);
-  AddEffect(1);
-  Connect({{"RenderObject1.Render", "Screen1.Render"},
-           {"MeshObject1.Object", "RenderObject1.Object"},
-           {"Cube1.Mesh", "MeshObject1.Mesh"},
-           {"TestEffect1.Effect", "MeshObject1.Effect"}});
-  ASSERT_TRUE(dag.RestoreDevice(&render));
-  dag.Activate();
-  Frame();
-  EXPECT_EQ(render.Calls("CreateVertexBuffer"), std::vector<std::string>{"CreateVertexBuffer 24 1 4 vb1"});
-  EXPECT_EQ(render.Calls("DrawIndexedPrimitive"), std::vector<std::string>{"DrawIndexedPrimitive 4 24 12"});
-
-  // Nothing changed: drawn again from the same buffers, no upload.
-  Frame();
-  EXPECT_TRUE(render.Calls("Lock").empty());
-  EXPECT_EQ(render.Calls("DrawIndexedPrimitive").size(), 1u);
-
-  // A changed size regenerates and uploads into the buffers it has.
-  CPort *size = dag.FindNode("Cube1")->FindInPort("Size");
-  size->SetText("2 2 2");
-  size->m_Changed = true;  // as a command or a connection would leave it
-  Frame();
-  EXPECT_TRUE(render.Calls("Create").empty());
-  EXPECT_EQ(render.Calls("Lock").size(), 2u);
-  EXPECT_FLOAT_EQ(render.VertexBuffer(1)->Vertices<VertexPNTBTC>()[0].y, 1.0f);
-
-  dag.Deactivate();
-  dag.InvalidateDevice(&render);
-  EXPECT_EQ(render.VertexBuffer(1), nullptr);
-  EXPECT_EQ(render.IndexBuffer(1), nullptr);
-  EXPECT_TRUE(render.m_Faults.empty());
 }

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "nodes/BuiltinNodes.h"
+#include "nodes/render/RenderToTextureNode.h"
 #include "scene/NodeFactory.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
@@ -17,7 +18,6 @@ struct RenderToTexture : testing::Test {
     factory->Init();
     rtt.reset(static_cast<CRenderToTextureNode *>(factory->CreateNode("RenderToTexture")));
     clear.reset(factory->CreateNode("Clear"));
-    rtt->SetTargetSource(&targets);
     rtt->m_Frame = clear->m_Frame = &frame;
     clear->FindInPort("Color")->SetText("1 0 0 1");
     EXPECT_TRUE(rtt->Connect("Render", "Render", clear.get()));
@@ -38,7 +38,6 @@ struct RenderToTexture : testing::Test {
   }
 
   CNodeFactoryRef factory;
-  CRecordTargets targets;
   CRecordRender render{200, 100};
   FrameInfo frame;
   std::unique_ptr<CRenderToTextureNode> rtt;

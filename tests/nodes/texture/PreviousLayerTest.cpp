@@ -1,16 +1,14 @@
-// PreviousLayer: its catalogue record, the sampling flags it offers, and the
-// life of one layer: taken from the pools and held, drawn into, given back.
+// PreviousLayer: the sampling flags it offers, and the life of one layer:
+// taken from the pools and held, drawn into, given back.
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <string>
 #include <memory>
+#include <string>
 
 #include "nodes/BuiltinNodes.h"
 #include "nodes/texture/PreviousLayerNode.h"
 #include "render/Camera.h"
 #include "scene/NodeFactory.h"
-#include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
 #include "support/RecordTargets.h"
@@ -21,7 +19,6 @@ struct PreviousLayer : testing::Test {
     InstallBuiltinNodes();
     factory->Init();
     node.reset(static_cast<CPreviousLayerNode *>(factory->CreateNode("PreviousLayer")));
-    node->SetTargetSource(&targets);
     node->m_Frame = &frame;
     render.SetViewport(0.0f, 0.0f, 1.0f, 1.0f);
   }
@@ -39,29 +36,11 @@ struct PreviousLayer : testing::Test {
   }
 
   CNodeFactoryRef factory;
-  CRecordTargets targets;
   CRecordRender render{640, 480};
   FrameInfo frame;
   std::unique_ptr<CPreviousLayerNode> node;
 };
 }  // namespace
-
-TEST_F(PreviousLayer, CatalogueRecordSitsBeforeShaderInTheTextureGroup) {
-  const CNodeInfo *info = node->m_Info;
-  ASSERT_NE(info, nullptr);
-  EXPECT_EQ(info->m_Group, 4);
-  ASSERT_EQ(info->m_InPorts.size(), 1u);
-  EXPECT_EQ(info->m_InPorts[0]->m_Name, "CreateMipMaps");
-  EXPECT_FALSE(static_cast<CPortBool *>(info->m_InPorts[0])->m_Value);
-  ASSERT_EQ(info->m_OutPorts.size(), 1u);
-  EXPECT_EQ(info->m_OutPorts[0]->m_Type, PT_Texture);  // named Color, as Color() finds it
-
-  std::vector<std::string> order;
-  for (const CNodeInfo *t : factory->Types()) order.push_back(t->m_TypeName);
-  auto at = [&](const char *name) { return std::find(order.begin(), order.end(), name) - order.begin(); };
-  EXPECT_EQ(at("PreviousLayer") + 1, at("Shader"));
-  EXPECT_EQ(at("PreviousLayer") - 1, at("TransformMesh"));
-}
 
 TEST_F(PreviousLayer, OffersAClampedTwoDimensionalTextureThatWantsMipMapsWhenAsked) {
   Update();
@@ -88,7 +67,7 @@ TEST_F(PreviousLayer, ALayerIsHeldWhileDrawnAndGivenBackAfterwards) {
   render.ClearCalls();
 
   ASSERT_TRUE(node->BeginLayer(&render));
-  CRenderTarget *target = targets.Last();
+  CRenderTarget *target = render.LastTarget();
   ASSERT_NE(target, nullptr);
   // Not pooled while held: no release by anyone else recycles it.
   EXPECT_FALSE(target->m_Color->m_Flags & TEXF_Pooled);
@@ -116,7 +95,7 @@ TEST_F(PreviousLayer, WithoutMipMapsTheTargetIsLeftAsDrawn) {
   ASSERT_TRUE(node->BeginLayer(&render));
   node->EndLayer(&render);
   node->FreeLayer(&render);
-  EXPECT_FALSE(targets.Last()->m_Color->m_Flags & TEXF_HasMipmaps);
+  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_HasMipmaps);
   EXPECT_TRUE(render.Calls("GenerateMipmaps").empty());
 }
 
@@ -126,15 +105,15 @@ TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
   render.ClearCalls();
   node->ResetDevice(&render);
   EXPECT_TRUE(Calls().empty());
-  EXPECT_EQ(node->GetTexture(&render), targets.Last()->m_Color);
-  EXPECT_FALSE(targets.Last()->m_Color->m_Flags & TEXF_Pooled);
+  EXPECT_EQ(node->GetTexture(&render), render.LastTarget()->m_Color);
+  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_Pooled);
   // EndLayer once more has nothing to end.
   node->EndLayer(&render);
   EXPECT_TRUE(Calls().empty());
 }
 
 TEST_F(PreviousLayer, NoTargetMeansNoLayer) {
-  targets.fail = true;
+  render.m_FailTargets = true;
   EXPECT_FALSE(node->BeginLayer(&render));
   node->EndLayer(&render);
   node->FreeLayer(&render);

@@ -1,7 +1,5 @@
 // What the value node types share: they recompute on every pull with the time
-// they are given, so they follow a local evaluation through a chain; and the
-// order in which the catalogue lists them.
-#include "nodes/BuiltinNodes.h"
+// they are given, so they follow a local evaluation through a chain.
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
@@ -10,8 +8,6 @@
 #include "nodes/value/SignalGeneratorNode.h"
 #include "nodes/value/SinNode.h"
 #include "nodes/value/VectorNode.h"
-#include "scene/NodeFactory.h"
-#include "scene/NodeInfo.h"
 #include "support/TestNodes.h"
 
 #include <gtest/gtest.h>
@@ -75,18 +71,3 @@ TEST(VectorNode, CombinesItsThreeComponents) {
   EXPECT_EQ(vec->FindOutPort("Vector")->GetText(), "1.5 -1e+06 250000");
 }
 
-TEST(ValueNodes, RegisteredInCatalogueOrderWithTheirGroups) {
-  InstallBuiltinNodes();
-  CNodeFactoryRef factory;
-  factory->Init();
-  const std::vector<std::pair<std::string, int>> expected = {
-      {"SignalGenerator", 7}, {"Sin", 7},         {"RGBAToColor", 6}, {"Vector", 10},   {"MinMax", 7},
-      {"HSVAToColor", 6},     {"HSLAToColor", 6}, {"Expression", 7},  {"Rotator", 7},
-  };
-  // Other families register between these; only the value types' order is checked here.
-  std::vector<std::pair<std::string, int>> found;
-  for (const CNodeInfo *info : factory->Types())
-    for (const auto &e : expected)
-      if (info->m_TypeName == e.first) found.emplace_back(info->m_TypeName, info->m_Group);
-  EXPECT_EQ(found, expected);
-}

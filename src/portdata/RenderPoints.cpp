@@ -1,4 +1,4 @@
-#include "render/RenderPoints.h"
+#include "portdata/RenderPoints.h"
 
 #include <algorithm>
 #include <cstring>

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "render/BatchRender.h"
+#include "portdata/BatchRender.h"
 #include "render/VertexFormat.h"
 
 // Values of the PrimType ports of the nodes that draw points.

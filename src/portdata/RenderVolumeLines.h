@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 
 class CRenderVolumeLines : public CQuadBatch {
  public:

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-#include "render/BatchRender.h"
+#include "portdata/BatchRender.h"
 #include "render/VertexFormat.h"
 
 class CRenderLines : public CBatchRender {

@@ -1,4 +1,4 @@
-#include "render/RenderVolumeLines.h"
+#include "portdata/RenderVolumeLines.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // The point batch: each primitive type's buffers, chunks and vertices.
-#include "render/RenderPoints.h"
+#include "portdata/RenderPoints.h"
 
 #include <gtest/gtest.h>
 

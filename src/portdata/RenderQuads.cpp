@@ -1,4 +1,4 @@
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 
 #include <algorithm>
 #include <bit>

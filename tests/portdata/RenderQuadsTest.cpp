@@ -1,12 +1,12 @@
 // The quad batches: CRenderQuads' lines with width and CRenderVolumeLines'
 // strips, the static strip index buffer that joins their quads, and chunked
 // drawing through the ring.
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "render/RenderVolumeLines.h"
+#include "portdata/RenderVolumeLines.h"
 #include "support/FailingRender.h"
 #include "support/LogCapture.h"
 
@@ -138,7 +138,7 @@ TEST(RenderQuads, FailedIndexBufferIsReportedAndNothingIsDrawn) {
   EXPECT_FALSE(quads.RestoreDevice(&render));
   EXPECT_THAT(log.LastError(),
               testing::HasSubstr("FAILED : \"!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(6*m_RenderBufferQuads, "
-                                 "0))\" in \"render\\BatchRender\"("));
+                                 "0))\" in \"portdata\\BatchRender\"("));
   quads.Draw(&render);
   EXPECT_TRUE(render.m_Draws.empty());
   quads.InvalidateDevice(&render);

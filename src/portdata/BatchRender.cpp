@@ -1,4 +1,4 @@
-#include "render/BatchRender.h"
+#include "portdata/BatchRender.h"
 
 #include <algorithm>
 

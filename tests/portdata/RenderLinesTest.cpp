@@ -1,6 +1,6 @@
 // The line batch: chunking through the ring, what reaches the buffers, and
 // its device objects.
-#include "render/RenderLines.h"
+#include "portdata/RenderLines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -97,7 +97,7 @@ TEST(RenderLines, RestoreInvalidateCyclesKeepOneRingAndFailuresAreReported) {
   EXPECT_FALSE(lines.RestoreDevice(&failing));
   EXPECT_THAT(log.LastError(),
               testing::HasSubstr("FAILED : \"!(dObjs->m_VertexBuffer[i] = render->CreateVertexBuffer(2*m_RenderBufferLines, "
-                                 "VBF_DYNAMIC, VBF_PCT))\" in \"render\\RenderLines\"("));
+                                 "VBF_DYNAMIC, VBF_PCT))\" in \"portdata\\RenderLines\"("));
   lines.AddLine(0, 0, 0, 1, 1, 1, kRed);
   lines.Draw(&failing);  // an incomplete ring draws nothing
   EXPECT_TRUE(failing.m_Draws.empty());

@@ -1,4 +1,4 @@
-#include "render/RenderLines.h"
+#include "portdata/RenderLines.h"
 
 #include <algorithm>
 

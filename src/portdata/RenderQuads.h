@@ -11,7 +11,7 @@
 
 #include <vector>
 
-#include "render/BatchRender.h"
+#include "portdata/BatchRender.h"
 #include "render/Matrix.h"
 #include "render/VertexFormat.h"
 
