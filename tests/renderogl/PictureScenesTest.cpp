@@ -228,7 +228,9 @@ TEST_F(Pictures, CubeUnderRenderObjectCoversItsProjectedSquareOverTheClearColor)
 }
 
 // A wide slab above the horizon fills the top half red over a blue Clear.
-// Drawn straight to the screen and through a texture the picture must agree.
+// Drawn straight to the screen and through a texture the picture must agree,
+// and a target drawn without mip maps must not read as black through the
+// Textured effect's sampler, which filters with them.
 TEST_F(Pictures, RenderToTextureKeepsTheTopOnTop) {
   const std::string kSlab = R"(<Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
     <Node Type="RenderObject" Name="Object1" Pos="0 10 0"/><Node Type="MeshObject" Name="Mesh1"/>
@@ -236,16 +238,18 @@ TEST_F(Pictures, RenderToTextureKeepsTheTopOnTop) {
   const std::string kSlabLinks = R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
     <Connection Out="Mesh1.Object" In="Object1.Object"/><Connection Out="Cube1.Mesh" In="Mesh1.Mesh"/>
     <Connection Out="Flat1.Effect" In="Mesh1.Effect"/>)";
+  const std::string kRtt = R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>)";
+  const std::string kRttLinks = std::string(kRectLinks) + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
+      <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)";
   const struct {
     const char *how;
     std::string nodes, links;
   } ways[] = {
       {"on the screen", R"(<Node Type="Screen" Name="Screen1"/>)",
        R"(<Connection Out="Object1.Render" In="Screen1.Render"/>)"},
-      {"through RenderToTexture", RectNodes(R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>
-      <Node Type="RenderToTexture" Name="Rtt1"/>)"),
-       std::string(kRectLinks) + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
-      <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)"},
+      {"through RenderToTexture", RectNodes(kRtt + R"(<Node Type="RenderToTexture" Name="Rtt1"/>)"), kRttLinks},
+      {"through RenderToTexture without mip maps",
+       RectNodes(kRtt + R"(<Node Type="RenderToTexture" Name="Rtt1" CreateMipMaps="false"/>)"), kRttLinks},
   };
   for (const auto &way : ways) {
     SCOPED_TRACE(way.how);
