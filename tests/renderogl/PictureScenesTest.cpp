@@ -61,14 +61,6 @@ float4 RampPS(float2 uv : TEXCOORD0) : COLOR { return tex1D(gRampSampler, uv.x) 
 technique Ramp { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram = compile glslf RampPS(); } }
 )";
 
-// Red is the fractional part of the scene time.
-const std::string kTimeRamp = std::string(kPassUv) + R"(
-string Info : VELMORINFO <string Description = "Red follows the time";> = "";
-float gTime : TIME;
-float4 TimePS() : COLOR { return float4(frac(gTime), 0.0, 0.0, 1.0); }
-technique Time { pass p0 { VertexProgram = compile glslv UvVS(); FragmentProgram = compile glslf TimePS(); } }
-)";
-
 std::string SceneFile(const std::string &nodes, const std::string &connections, const std::string &name = "picture") {
   return "<Velmor><Transitions/><Scenes><Scene Name=\"" + name + "\"><Nodes>" + nodes + "</Nodes><Connections>" +
          connections + "</Connections></Scene></Scenes></Velmor>";
@@ -91,7 +83,6 @@ class Pictures : public testing::Test {
     VELMOR_REQUIRE_DISPLAY();
     SetAppPaths(m_Dir / "app", m_Dir / "user");
     m_Dir.Write("effects/FeedbackStep.cgfx", kFeedbackStep);
-    m_Dir.Write("effects/TimeRamp.cgfx", kTimeRamp);
     m_Dir.Write("effects/RampTint.cgfx", kRampTint);
     InstallBuiltinNodes();
     m_Window = std::make_unique<GLWindow>(kWidth, kHeight);
@@ -277,16 +268,6 @@ TEST_F(Pictures, ColorNextFeedbackBuildsOnTheLastFrame) {
     SCOPED_TRACE("frame " + std::to_string(frame));
     const int grey = Byte(0.25 * (frame + 1));
     ExpectAt(pictures[frame], {{kWidth / 2, kHeight / 2}, {3, 3}, {kWidth - 4, kHeight - 4}}, {grey, grey, grey}, 6);
-  }
-}
-
-TEST_F(Pictures, TimeParameterFollowsTheSceneTime) {
-  constexpr float kStep = 0.3f;
-  auto pictures = Play(RectNodes(R"(<Node Type="TimeRamp" Name="Fx1" DepthTest="false"/>)"), kRectLinks, 5, kStep);
-  for (int frame = 0; frame < 5; ++frame) {
-    const double time = kStep * (frame + 1);
-    SCOPED_TRACE("time " + std::to_string(time));
-    ExpectAt(pictures[frame], {{kWidth / 3, kHeight / 3}}, {Byte(time - std::floor(time)), 0, 0}, 3);
   }
 }
 
