@@ -113,31 +113,23 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
   for (const auto &c : cases) EXPECT_EQ(Translate(c.text), std::string(c.message) + "\n") << c.text;
 }
 
-TEST(FxChecker, OverloadRankingPrefersTheCheapestConversion) {
+// Overloads rank by the cheapest conversion: int literal -> F(int), float ->
+// F(float), float3 -> F(float3), bool -> F(int) (cheaper than to float). 3 Cg
+// rows are 3 GLSL columns of vec4: mul(M, v) is v * M and mul(v, M) is M * v.
+TEST(FxEmitter, OverloadsAndMatrixLayoutAsDocumented) {
   CFxPassProgram program;
   ASSERT_EQ(Translate("float F(float a) { return 1; }\nfloat F(float3 a) { return 2; }\nfloat F(int a) { return 3; }\n"
-                      "float4 PS() : COLOR { return float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true)); }\n" +
-                          std::string(kPassPS),
-                      &program),
-            "");
-  // int literal -> F(int); float -> F(float); float3 -> F(float3); bool -> F(int) (cheaper than to float)
-  EXPECT_NE(program.fragment.find("vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))"), std::string::npos)
-      << program.fragment;
-}
-
-TEST(FxEmitter, MatrixLayoutMapsMulAndIndexingAsDocumented) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float4x4 M; float3x4 N;\n"
+                      "float4x4 M; float3x4 N;\n"
                       "float4 PS(float4 v : TEXCOORD0) : COLOR {\n"
                       "  float4 a = mul(M, v) + mul(v, M) + mul(mul(M, M), v) + mul(N, v).xyzx;\n"
-                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0]);\n"
+                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0])\n"
+                      "    + float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true));\n"
                       "}\n" + std::string(kPassPS),
                       &program),
             "");
   const std::string &f = program.fragment;
-  // 3 Cg rows are 3 GLSL columns of vec4; mul(M, v) is v * M and mul(v, M) is M * v.
-  for (const char *part : {"uniform mat3x4 N;", "(v * M)", "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]",
-                           "M[2][3]", "vec2(M[0][0], M[1][1])"})
+  for (const char *part : {"vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))", "uniform mat3x4 N;", "(v * M)",
+                           "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]", "M[2][3]", "vec2(M[0][0], M[1][1])"})
     EXPECT_NE(f.find(part), std::string::npos) << part << "\n" << f;
   EXPECT_EQ(f.find("M._"), std::string::npos) << f;
   EXPECT_EQ(GlslangErrors(f, true), "");
