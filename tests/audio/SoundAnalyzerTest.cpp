@@ -209,16 +209,3 @@ TEST_F(MusicState, MusicStopsAfterTheSilenceTimeAndReturnsAtOnce) {
   m_Sound.reset();
   EXPECT_FALSE(GetSoundReader().HasMusic()) << "a destroyed analyser is no longer read";
 }
-
-TEST_F(MusicState, WithoutAServerTheProgramRunsSilentAndRecovers) {
-  m_Source->failure = SoundFailed(ESoundStep::CreateEnumerator, 6);
-  for (int i = 0; i < 500; ++i) Step(false);  // ten seconds
-  EXPECT_FALSE(m_Sound->HasMusic());
-  EXPECT_EQ(m_Sound->FrameCounter(), 0);
-  EXPECT_EQ(m_Log.errors.size(), 2u) << "one failure, logged once";
-  EXPECT_GE(m_Source->starts, 3);
-
-  m_Source->failure = SoundOk();
-  for (int i = 0; i < 200 && !m_Sound->HasMusic(); ++i) Step(true);
-  EXPECT_TRUE(m_Sound->HasMusic());
-}

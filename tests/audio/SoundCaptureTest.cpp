@@ -70,29 +70,20 @@ TEST_F(Capture, PacketsAreSplitAcrossFramesInOrder) {
 }
 
 TEST_F(Capture, MonoIsDuplicatedAndExtraChannelsAreSkipped) {
-  m_Source->format.channels = 1;
-  m_Source->format.blockAlign = 4;
-  ASSERT_TRUE(m_Capture.StartCapture());
-  m_Source->Queue(Samples(576, 1, [](int n, int) { return 0.001f * n; }));
-  Poll();
-  auto frames = TakeFrames();
-  ASSERT_EQ(frames.size(), 1u);
-  for (int n = 0; n < 576; ++n) {
-    ASSERT_FLOAT_EQ(frames[0]->samples[2 * n], 0.001f * n);
-    ASSERT_FLOAT_EQ(frames[0]->samples[2 * n + 1], 0.001f * n);
-  }
-  Release(frames);
-
-  m_Source->format.channels = 6;
-  m_Source->format.blockAlign = 24;
-  ASSERT_TRUE(m_Capture.StartCapture());
-  m_Source->Queue(Samples(576, 6, [](int n, int c) { return static_cast<float>(c * 1000 + n); }));
-  Poll();
-  frames = TakeFrames();
-  ASSERT_EQ(frames.size(), 1u);
-  for (int n = 0; n < 576; ++n) {
-    ASSERT_EQ(frames[0]->samples[2 * n], static_cast<float>(n));
-    ASSERT_EQ(frames[0]->samples[2 * n + 1], static_cast<float>(1000 + n));
+  for (int channels : {1, 6}) {
+    SCOPED_TRACE(channels);
+    m_Source->format.channels = channels;
+    m_Source->format.blockAlign = 4 * channels;
+    ASSERT_TRUE(m_Capture.StartCapture());
+    m_Source->Queue(Samples(576, channels, [](int n, int c) { return static_cast<float>(c * 1000 + n); }));
+    Poll();
+    auto frames = TakeFrames();
+    ASSERT_EQ(frames.size(), 1u);
+    for (int n = 0; n < 576; ++n) {
+      ASSERT_EQ(frames[0]->samples[2 * n], static_cast<float>(n));
+      ASSERT_EQ(frames[0]->samples[2 * n + 1], static_cast<float>(channels == 1 ? n : 1000 + n));
+    }
+    Release(frames);
   }
 }
 

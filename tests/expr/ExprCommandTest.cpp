@@ -53,11 +53,9 @@ TEST(ExprCommand, FailuresPrintTheLoggedMessage) {
   EXPECT_EQ(divide.code, 1);
   EXPECT_EQ(divide.out, "");
   EXPECT_EQ(divide.err, "Divide by zero\n");
+  // A parse failure and the command's own; GrammarTest pins the other messages.
   EXPECT_EQ(RunCommand({"nosuch(1)"}).err, "Variable not found at 0 5\n");
-  EXPECT_EQ(RunCommand({"1 +"}).err, "Syntax Error\n");
-  EXPECT_EQ(RunCommand({""}).err, "Empty Expression\n");
   EXPECT_EQ(RunCommand({"--var", "x=1", "--var", "x=2", "x"}).err, "Variable already exists at -1 -1\n");
-  EXPECT_EQ(RunCommand({std::string(20000, '(') + "1" + std::string(20000, ')')}).err, "Expression too complex\n");
 }
 
 TEST(ExprCommand, SeedFixesBothGenerators) {

@@ -21,7 +21,7 @@ struct Node {
   }
 };
 
-TEST(ExprEvaluator, TextsTalkThroughBoundVariables) {
+TEST(ExprEvaluator, TextsTalkThroughBoundAndInventedVariables) {
   Node node;
   EXPECT_EQ(node.in, 1.0);  // the default, written when registered
   ASSERT_TRUE(node.evaluator.Compile("out = in * 2 + PI; 5"));
@@ -29,10 +29,7 @@ TEST(ExprEvaluator, TextsTalkThroughBoundVariables) {
   node.in = 3.0;
   EXPECT_EQ(node.evaluator.Evaluate(), 5.0);
   EXPECT_EQ(node.out, 6.0 + 3.141592653589793);
-}
-
-TEST(ExprEvaluator, InventedVariablesKeepStateUntilTheNextCompile) {
-  Node node;
+  // Invented variables keep their state until the next compile.
   ASSERT_TRUE(node.evaluator.Compile("count = count + 1; out = count"));
   node.evaluator.Evaluate();
   node.evaluator.Evaluate();
@@ -88,7 +85,6 @@ TEST(ExprEvaluator, OffersEveryFunctionOnceAttached) {
   EXPECT_FALSE(evaluator.Compile("x"));  // not attached: no names yet
   EXPECT_EQ(log.lines, std::vector<std::string>{"Expression error"});
   evaluator.Attach();
-  EXPECT_EQ(evaluator.GetFunctionList().GetCount(), 55u);
   ASSERT_TRUE(evaluator.Compile("noise1(0) + clamp(5, 0, 3) + floor(E) + length(3, 4)"));
   EXPECT_EQ(evaluator.Evaluate(), 9.0);
   ASSERT_TRUE(evaluator.Compile("time * 10 + time(4)"));  // a variable and a function of one name

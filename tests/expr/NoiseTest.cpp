@@ -40,15 +40,10 @@ const Golden3 kNoise3[] = {
 // tolerance only absorbs the printed digits.
 constexpr double kTolerance = 2e-8;
 
-TEST(Noise, OneDimensionMatchesGoldenValues) {
+// Three dimensions in every corner order of the simplex.
+TEST(Noise, MatchesGoldenValuesInEachDimension) {
   for (const Golden1 &g : kNoise1) EXPECT_NEAR(SimplexNoise1(g.x), g.value, kTolerance) << g.x;
-}
-
-TEST(Noise, TwoDimensionsMatchGoldenValues) {
   for (const Golden2 &g : kNoise2) EXPECT_NEAR(SimplexNoise2(g.x, g.y), g.value, kTolerance) << g.x << "," << g.y;
-}
-
-TEST(Noise, ThreeDimensionsMatchGoldenValuesInEveryCornerOrder) {
   for (const Golden3 &g : kNoise3)
     EXPECT_NEAR(SimplexNoise3(g.x, g.y, g.z), g.value, kTolerance) << g.x << "," << g.y << "," << g.z;
 }

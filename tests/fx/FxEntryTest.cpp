@@ -52,16 +52,15 @@ TEST_F(OutputsEffect, AttributesOnFixedIndicesAndVaryingsNamedBySemantic) {
 }
 
 TEST_F(OutputsEffect, AStageWithoutPartnerUsesTheBuiltInVaryings) {
-  CFxPassProgram vertexOnly = Pass(1);
+  CFxPassProgram vertexOnly = Pass(1), fragmentOnly = Pass(2);
   EXPECT_TRUE(vertexOnly.fragment.empty());
-  EXPECT_TRUE(Has(vertexOnly.vertex, "gl_FrontColor = cg_ret.light.diffuse;")) << vertexOnly.vertex;
-  EXPECT_TRUE(Has(vertexOnly.vertex, "gl_TexCoord[0] = cg_ret.uv;")) << vertexOnly.vertex;
-  EXPECT_FALSE(Has(vertexOnly.vertex, "varying")) << vertexOnly.vertex;
-  CFxPassProgram fragmentOnly = Pass(2);
   EXPECT_TRUE(fragmentOnly.vertex.empty());
   EXPECT_TRUE(fragmentOnly.attributes.empty());
-  EXPECT_TRUE(Has(fragmentOnly.fragment, "cg_in0 = gl_Color;")) << fragmentOnly.fragment;
-  EXPECT_TRUE(Has(fragmentOnly.fragment, "cg_in1 = gl_TexCoord[1].xy;")) << fragmentOnly.fragment;
+  for (const char *part : {"gl_FrontColor = cg_ret.light.diffuse;", "gl_TexCoord[0] = cg_ret.uv;"})
+    EXPECT_TRUE(Has(vertexOnly.vertex, part)) << part << "\n" << vertexOnly.vertex;
+  EXPECT_FALSE(Has(vertexOnly.vertex, "varying")) << vertexOnly.vertex;
+  for (const char *part : {"cg_in0 = gl_Color;", "cg_in1 = gl_TexCoord[1].xy;"})
+    EXPECT_TRUE(Has(fragmentOnly.fragment, part)) << part << "\n" << fragmentOnly.fragment;
   EXPECT_EQ(GlslangErrors(fragmentOnly.fragment, true), "");
 }
 

@@ -75,25 +75,12 @@ TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
   EXPECT_NE(fx->FindParameter("m")->Serial(), serial);
 }
 
-TEST(FxEffectModel, PassStatesParseToGlValues) {
-  CFxDiagnostics diag;
-  auto fx = Create(ReadText(FxEffectsDir() + "states.cgfx"), diag);
-  ASSERT_TRUE(fx) << diag.Listing();
-  const CFxPass &blended = fx->Techniques()[0].passes[1];
-  ASSERT_GE(blended.states.size(), 4u);
-  EXPECT_EQ(blended.states[1].state, EFxState::BlendFunc);
-  EXPECT_EQ(blended.states[1].values[0], 0x0302);
-  EXPECT_EQ(blended.states[1].values[1], 0x0303);
-  const CFxPass &stencil = fx->Techniques()[0].passes[3];
-  EXPECT_EQ(stencil.vertexProgram, nullptr);
-  EXPECT_EQ(stencil.states[2].state, EFxState::StencilOp);
-  EXPECT_EQ(stencil.states[2].values[2], 0x8507);
-  EXPECT_EQ(GetStateInfo(EFxState::DepthFunc).reset[0], 0x0201);  // what a reset restores
-}
-
-TEST(FxEffectModel, BrokenEffectsReportFileAndLine) {
-  struct Case {
-    const char *text;
+// Broken text fails to load and type errors in code a pass reaches fail its
+// translation, both with the file and line.
+TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
+  const std::string pass = kPassPS;
+  const struct {
+    std::string text;
     const char *message;
   } cases[] = {
       {"float4 f() {\n  return 1\n}\ntechnique T { pass {} }", "t.cgfx(3): expected ';', found '}'"},
@@ -109,62 +96,40 @@ TEST(FxEffectModel, BrokenEffectsReportFileAndLine) {
       {"mystery x;\ntechnique T { pass {} }", "t.cgfx(1): unknown type 'mystery'"},
       {"float x = 1;", "t.cgfx(1): the effect has no technique"},
       {"float3 x = {1, 2};\ntechnique T { pass {} }", "t.cgfx(1): initialiser has 2 values, float3 needs 3"},
-  };
-  for (const Case &c : cases) {
-    CFxDiagnostics diag;
-    EXPECT_FALSE(Create(c.text, diag)) << c.text;
-    ASSERT_FALSE(diag.Messages().empty()) << c.text;
-    EXPECT_EQ(diag.Messages()[0], c.message);
-  }
-}
-
-TEST(FxChecker, TypeErrorsInReachedCodeFailTranslation) {
-  struct Case {
-    const char *code;
-    const char *message;
-  } cases[] = {
-      {"float4 PS() : COLOR { float4 v = 1; return v.q; }", "t.cgfx(1): no member 'q' in float4"},
-      {"float4 PS() : COLOR { float4x4 m = 1; return m * float4(1, 1, 1, 1); }",
+      {"float4 PS() : COLOR { float4 v = 1; return v.q; }\n" + pass, "t.cgfx(1): no member 'q' in float4"},
+      {"float4 PS() : COLOR { float4x4 m = 1; return m * float4(1, 1, 1, 1); }\n" + pass,
        "t.cgfx(1): operator '*' cannot combine float4x4 and float4"},
-      {"float4 PS() : COLOR { return mul(float3x3(1,0,0,0,1,0,0,0,1), float2(1, 1)).xyzz; }",
+      {"float4 PS() : COLOR { return mul(float3x3(1,0,0,0,1,0,0,0,1), float2(1, 1)).xyzz; }\n" + pass,
        "t.cgfx(1): mul(float3x3, float2): the vector is too short"},
-      {"float4 PS() : COLOR { return tex2D(1, float2(0, 0)); }", "t.cgfx(1): tex2D needs a sampler2D, not int"},
-      {"float F(float a) { return a; }\nfloat F(half a) { return a; }\nfloat4 PS() : COLOR { return F(1); }",
+      {"float4 PS() : COLOR { return tex2D(1, float2(0, 0)); }\n" + pass, "t.cgfx(1): tex2D needs a sampler2D, not int"},
+      {"float F(float a) { return a; }\nfloat F(half a) { return a; }\nfloat4 PS() : COLOR { return F(1); }\n" + pass,
        "t.cgfx(3): ambiguous call of F with (int)"},
-      {"float4 PS() : COLOR { const float k = 1; k = 2; return k; }", "t.cgfx(1): cannot assign to const 'k'"},
-      {"float g;\nfloat4 PS() : COLOR { g = 2; return g; }", "t.cgfx(2): cannot assign to parameter 'g'"},
-      {"float4 PS() : COLOR { int i = 1 & 2; return i; }", "t.cgfx(1): operator '&' is not supported"},
-      {"float4 PS(float4 c) : COLOR { return c; }", "t.cgfx(1): an entry input or output has no semantic"},
-      {"float4 PS() : TEXCOORD0 { return 1; }", "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},
+      {"float4 PS() : COLOR { const float k = 1; k = 2; return k; }\n" + pass, "t.cgfx(1): cannot assign to const 'k'"},
+      {"float g;\nfloat4 PS() : COLOR { g = 2; return g; }\n" + pass, "t.cgfx(2): cannot assign to parameter 'g'"},
+      {"float4 PS() : COLOR { int i = 1 & 2; return i; }\n" + pass, "t.cgfx(1): operator '&' is not supported"},
+      {"float4 PS(float4 c) : COLOR { return c; }\n" + pass, "t.cgfx(1): an entry input or output has no semantic"},
+      {"float4 PS() : TEXCOORD0 { return 1; }\n" + pass, "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},
   };
-  for (const Case &c : cases) EXPECT_EQ(Translate(std::string(c.code) + "\n" + kPassPS), std::string(c.message) + "\n") << c.code;
+  for (const auto &c : cases) EXPECT_EQ(Translate(c.text), std::string(c.message) + "\n") << c.text;
 }
 
-TEST(FxChecker, OverloadRankingPrefersTheCheapestConversion) {
+// Overloads rank by the cheapest conversion: int literal -> F(int), float ->
+// F(float), float3 -> F(float3), bool -> F(int) (cheaper than to float). 3 Cg
+// rows are 3 GLSL columns of vec4: mul(M, v) is v * M and mul(v, M) is M * v.
+TEST(FxEmitter, OverloadsAndMatrixLayoutAsDocumented) {
   CFxPassProgram program;
   ASSERT_EQ(Translate("float F(float a) { return 1; }\nfloat F(float3 a) { return 2; }\nfloat F(int a) { return 3; }\n"
-                      "float4 PS() : COLOR { return float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true)); }\n" +
-                          std::string(kPassPS),
-                      &program),
-            "");
-  // int literal -> F(int); float -> F(float); float3 -> F(float3); bool -> F(int) (cheaper than to float)
-  EXPECT_NE(program.fragment.find("vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))"), std::string::npos)
-      << program.fragment;
-}
-
-TEST(FxEmitter, MatrixLayoutMapsMulAndIndexingAsDocumented) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float4x4 M; float3x4 N;\n"
+                      "float4x4 M; float3x4 N;\n"
                       "float4 PS(float4 v : TEXCOORD0) : COLOR {\n"
                       "  float4 a = mul(M, v) + mul(v, M) + mul(mul(M, M), v) + mul(N, v).xyzx;\n"
-                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0]);\n"
+                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0])\n"
+                      "    + float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true));\n"
                       "}\n" + std::string(kPassPS),
                       &program),
             "");
   const std::string &f = program.fragment;
-  // 3 Cg rows are 3 GLSL columns of vec4; mul(M, v) is v * M and mul(v, M) is M * v.
-  for (const char *part : {"uniform mat3x4 N;", "(v * M)", "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]",
-                           "M[2][3]", "vec2(M[0][0], M[1][1])"})
+  for (const char *part : {"vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))", "uniform mat3x4 N;", "(v * M)",
+                           "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]", "M[2][3]", "vec2(M[0][0], M[1][1])"})
     EXPECT_NE(f.find(part), std::string::npos) << part << "\n" << f;
   EXPECT_EQ(f.find("M._"), std::string::npos) << f;
   EXPECT_EQ(GlslangErrors(f, true), "");

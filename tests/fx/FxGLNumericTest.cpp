@@ -88,27 +88,16 @@ TEST_F(FxGLTest, EveryMatrixSemanticMultipliesAsTheEngineDoes) {
   EXPECT_THAT(own, Near4((Float4{1, -2.5f, 4, 2}), 1e-4f));
 }
 
-TEST_F(FxGLTest, MulFormsFollowCgRowsAndColumns) {
-  // A and N as the shader sees them, row by row.
+TEST_F(FxGLTest, MulFormsAndIntrinsicsKeepCgMeaning) {
+  // A and N as the shader sees them, row by row; expected values by hand.
   const float a[9] = {1, 2, 3, 4, 5, 6, 7, 8, 10};
   const float b[9] = {0, 1, 0, 2, 0, 1, 1, 1, 3};
   const float n[12] = {1, 0, 2, 1, 0, 3, 1, -1, 2, 2, 0, 4};  // float3x4
   const float u[3] = {1, -2, 0.5f};
   const float q[4] = {2, 1, -1, 0.5f};
-  auto at3 = [](const float *m, int r, int c) { return m[r * 3 + c]; };
-  float au[3] = {}, ua[3] = {}, abu[3] = {}, nq[3] = {}, un[4] = {};
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 3; ++j) {
-      au[i] += at3(a, i, j) * u[j];
-      ua[j] += u[i] * at3(a, i, j);
-      for (int k = 0; k < 3; ++k) abu[i] += at3(a, i, k) * at3(b, k, j) * u[j];
-    }
-  for (int i = 0; i < 3; ++i)
-    for (int j = 0; j < 4; ++j) {
-      nq[i] += n[i * 4 + j] * q[j];
-      un[j] += u[i] * n[i * 4 + j];
-    }
-  const std::string decl = "float3x3 A; float3x3 B; float3x4 N; float3 u; float4 q; float s;\n";
+  const float e[4] = {-1.5f, 5.5f, -5.5f, 7}, f[4] = {1, -2, 2, 2.5f}, t[4] = {0, 1, 0.25f, -1};
+  const std::string decl = "float3x3 A; float3x3 B; float3x4 N; float3 u; float4 q; float s;\n"
+                           "float4 e; float4 f; float4 t;\n";
   auto feed = [&](CFx &fx) {
     fx.GetNamedParameter("A")->SetValuefr(a, 9);
     fx.GetNamedParameter("B")->SetValuefr(b, 9);
@@ -116,20 +105,27 @@ TEST_F(FxGLTest, MulFormsFollowCgRowsAndColumns) {
     fx.GetNamedParameter("u")->SetValuefr(u, 3);
     fx.GetNamedParameter("q")->SetValuefr(q, 4);
     Set(fx, "s", {-3});
+    for (auto [name, v] : {std::pair{"e", e}, {"f", f}, {"t", t}}) fx.GetNamedParameter(name)->SetValuefr(v, 4);
   };
   struct Case {
     const char *body;
     Float4 expected;
   } cases[] = {
-      {"float4(mul(A, u), 0)", {au[0], au[1], au[2], 0}},
-      {"float4(mul(u, A), 0)", {ua[0], ua[1], ua[2], 0}},
-      {"float4(mul(mul(A, B), u), 0)", {abu[0], abu[1], abu[2], 0}},
-      {"float4(mul(N, q), 0)", {nq[0], nq[1], nq[2], 0}},
-      {"mul(u, N)", {un[0], un[1], un[2], un[3]}},
-      {"mul(s, q)", {-3 * q[0], -3 * q[1], -3 * q[2], -3 * q[3]}},
-      {"mul(q, s)", {-3 * q[0], -3 * q[1], -3 * q[2], -3 * q[3]}},
-      {"float4(A[1], A._m21)", {a[3], a[4], a[5], a[7]}},
-      {"float4(A._32, N[2].w, N._m01, 0)", {a[7], n[11], n[1], 0}},
+      {"float4(mul(A, u), 0)", {-1.5f, -3, -4, 0}},
+      {"float4(mul(u, A), 0)", {-3.5f, -4, -4, 0}},
+      {"float4(mul(mul(A, B), u), 0)", {4.5f, 7.5f, 11, 0}},
+      {"float4(mul(N, q), 0)", {0.5f, 1.5f, 8, 0}},
+      {"mul(u, N)", {2, -5, 0, 5}},
+      {"mul(s, q)", {-6, -3, 3, -1.5f}},
+      {"mul(q, s)", {-6, -3, 3, -1.5f}},
+      {"float4(A[1], A._m21)", {4, 5, 6, 8}},
+      {"float4(A._32, N[2].w, N._m01, 0)", {8, 4, 0, 0}},
+      // fmod takes the sign of x like C's, not floor-based mod's.
+      {"fmod(e, f)", {-0.5f, 1.5f, -1.5f, 2}},
+      {"float4(fmod(-7.25, 2), fmod(7.25, -2), fmod(0, 3), 0)", {-1.25f, 1.25f, 0, 0}},
+      {"frac(e)", {0.5f, 0.5f, 0.5f, 0}},
+      {"lerp(e, f, t)", {-1.5f, -2, -3.625f, 11.5f}},
+      {"lerp(e, f, t.z)", {-0.875f, 3.625f, -3.625f, 5.875f}},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(c.body);
@@ -138,38 +134,13 @@ TEST_F(FxGLTest, MulFormsFollowCgRowsAndColumns) {
   }
 }
 
-TEST_F(FxGLTest, FmodFracAndLerpKeepCgMeaning) {
-  const float a[4] = {-1.5f, 5.5f, -5.5f, 7}, b[4] = {1, -2, 2, 2.5f}, t[4] = {0, 1, 0.25f, -1};
-  auto feed = [&](CFx &fx) {
-    fx.GetNamedParameter("a")->SetValuefr(a, 4);
-    fx.GetNamedParameter("b")->SetValuefr(b, 4);
-    fx.GetNamedParameter("t")->SetValuefr(t, 4);
-  };
-  auto run = [&](const char *body) {
-    return Run(QuadEffect(std::string("float4 a; float4 b; float4 t;\nfloat4 PS() : COLOR { return ") + body + "; }\n"),
-               feed);
-  };
-  Float4 fmodExpected{}, fracExpected{}, lerpExpected{}, scalarLerp{};
-  for (int i = 0; i < 4; ++i) {
-    fmodExpected[i] = std::fmod(a[i], b[i]);  // C's fmod truncates like Cg's
-    fracExpected[i] = a[i] - std::floor(a[i]);
-    lerpExpected[i] = a[i] + t[i] * (b[i] - a[i]);
-    scalarLerp[i] = a[i] + 0.25f * (b[i] - a[i]);
-  }
-  ASSERT_FLOAT_EQ(fmodExpected[0], -0.5f);  // the sign of x, not floor-based mod's 0.5
-  EXPECT_THAT(run("fmod(a, b)"), Near4(fmodExpected, 1e-5f));
-  EXPECT_THAT(run("float4(fmod(a.x, b.x), fmod(-7.25, 2), fmod(7.25, -2), fmod(0, 3))"),
-              Near4((Float4{-0.5f, -1.25f, 1.25f, 0}), 1e-5f));
-  EXPECT_THAT(run("frac(a)"), Near4(fracExpected, 1e-5f));
-  EXPECT_THAT(run("lerp(a, b, t)"), Near4(lerpExpected, 1e-5f));
-  EXPECT_THAT(run("lerp(a, b, t.z)"), Near4(scalarLerp, 1e-5f));
-}
-
-TEST_F(FxGLTest, ParameterTypesReachTheShader) {
+// gColor and gM keep their defaults: uploaded without any setter.
+TEST_F(FxGLTest, ParameterTypesAndDefaultsReachTheShader) {
   std::string text = QuadEffect(
       "int gI; bool gB; float gArr[3]; float2 gV2; half gH; int2 gI2; float4 gUnused;\n"
+      "float4 gColor = {0.25, 0.5, 2, -1};\nfloat3x3 gM = {1, 2, 3, 4, 5, 6, 7, 8, 9};\n"
       "float4 PS() : COLOR { return float4(gI + gI2.y, gB ? 1 : -1, gArr[0] + gArr[1] * 10 + gArr[2] * 100,"
-      " gV2.x * gV2.y + gH); }\n");
+      " gV2.x * gV2.y + gH) + gColor + float4(gM[2], 0); }\n");
   Float4 got = Run(text, [](CFx &fx) {
     Set(fx, "gI", {7});
     Set(fx, "gB", {1});
@@ -179,14 +150,7 @@ TEST_F(FxGLTest, ParameterTypesReachTheShader) {
     Set(fx, "gI2", {0, -3});
     Set(fx, "gUnused", {1, 2, 3, 4});  // the driver dropped it: setting it is harmless
   });
-  EXPECT_THAT(got, Near4((Float4{4, 1, 321, 6.25f}), 1e-4f));
-}
-
-TEST_F(FxGLTest, DefaultsAreUploadedWithoutAnySetter) {
-  std::string text = QuadEffect(
-      "float4 gColor = {0.25, 0.5, 2, -1};\nfloat3x3 gM = {1, 2, 3, 4, 5, 6, 7, 8, 9};\n"
-      "float4 PS() : COLOR { return gColor + float4(gM[2], 0); }\n");
-  EXPECT_THAT(Run(text, [](CFx &) {}), Near4((Float4{7.25f, 8.5f, 11, -1}), 1e-5f));
+  EXPECT_THAT(got, Near4((Float4{4 + 7.25f, 1 + 8.5f, 321 + 11, 6.25f - 1}), 1e-4f));
 }
 
 TEST_F(FxGLTest, ValuesSetInsideAPassGoUpAtCommit) {

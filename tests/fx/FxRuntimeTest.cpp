@@ -69,16 +69,14 @@ TEST(FxManager, ErrorBurstLimitWithAFakeClock) {
 
 TEST(FxText, AddDeclarationLooksOnlyAfterTheName) {
   std::string prefix;
-  AddDeclaration("float x = gWVP.x;", prefix, "gW", "A;");
-  EXPECT_EQ(prefix, "");
-  AddDeclaration("return mytime * 2;", prefix, "time", "B;");
-  EXPECT_EQ(prefix, "B;");
-  AddDeclaration("gWa gW_b", prefix, "gW", "C;");  // the second occurrence counts: '_' ends a name
-  EXPECT_EQ(prefix, "B;C;");
-  AddDeclaration("uses tex", prefix, "tex", "D;");  // the end of the text ends a name too
-  EXPECT_EQ(prefix, "B;C;D;");
-  AddDeclaration("nothing here", prefix, "tex", "E;");
-  EXPECT_EQ(prefix, "B;C;D;");
+  for (auto [text, name, declaration, after] : {
+           std::tuple{"float x = gWVP.x;", "gW", "A;", ""}, {"return mytime * 2;", "time", "B;", "B;"},
+           {"gWa gW_b", "gW", "C;", "B;C;"},  // the second occurrence counts: '_' ends a name
+           {"uses tex", "tex", "D;", "B;C;D;"},  // the end of the text ends a name too
+           {"nothing here", "tex", "E;", "B;C;D;"}}) {
+    AddDeclaration(text, prefix, name, declaration);
+    EXPECT_EQ(prefix, after) << text;
+  }
 }
 
 TEST(FxText, AddSamplerDeclaresWhatTheTextureNeeds) {

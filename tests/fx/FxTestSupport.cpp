@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <dirent.h>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <unistd.h>
@@ -19,14 +19,9 @@ std::string FxEffectsDir() {
 
 std::vector<std::string> FxCorpusFiles() {
   std::vector<std::string> files;
-  std::string dir = FxEffectsDir();
-  if (DIR *d = opendir(dir.c_str())) {
-    while (dirent *e = readdir(d)) {
-      std::string name = e->d_name;
-      if (name.size() > 5 && name.compare(name.size() - 5, 5, ".cgfx") == 0) files.push_back(dir + name);
-    }
-    closedir(d);
-  }
+  std::error_code ec;
+  for (const auto &e : std::filesystem::directory_iterator(FxEffectsDir(), ec))
+    if (e.path().extension() == ".cgfx") files.push_back(e.path().string());
   std::sort(files.begin(), files.end());
   return files;
 }

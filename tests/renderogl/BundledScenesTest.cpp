@@ -1,6 +1,5 @@
 // Every scene we ship plays: it loads with no error, its effects compile on
-// the GL in use, and it puts a picture on the screen. Also effects sampling
-// what render targets hold, whatever the sampler's filter asks for.
+// the GL in use, and it puts a picture on the screen.
 #include "core/Log.h"
 #include "core/Paths.h"
 #include "engine/Velmor.h"
@@ -9,7 +8,6 @@
 #include "renderogl/GLTestSupport.h"
 #include "scene/Scene.h"
 #include "support/LogCapture.h"
-#include "support/TempDir.h"
 
 #include <filesystem>
 #include <set>
@@ -106,40 +104,5 @@ TEST_F(ShippedAssets, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
     }
     engine.SetActiveScene(nullptr);
     EXPECT_EQ(log.errors.size(), errorsBefore) << project << ": " << log.errors.back();
-  }
-}
-
-// A target drawn without mip maps must not read as black through a sampler
-// that filters with them.
-TEST_F(ShippedAssets, EffectsSampleTargetsWithAndWithoutMipMaps) {
-  TempDir dir;
-  for (const char *mipmaps : {"false", "true"}) {
-    SCOPED_TRACE(mipmaps);
-    LogCapture log;
-    // A target cleared to green, shown full screen through the Textured
-    // effect, whose sampler filters with mip maps.
-    const std::string file = dir.Write(
-        std::string("rtt-") + mipmaps + ".vms",
-        std::string("<Velmor><Transitions/><Scenes><Scene Name=\"R\"><Nodes>"
-                    "<Node Type=\"Screen\" Name=\"Screen1\"/><Node Type=\"RenderRect\" Name=\"Rect\"/>"
-                    "<Node Type=\"Textured\" Name=\"Tex\" DepthTest=\"false\" DepthWrite=\"false\"/>"
-                    "<Node Type=\"RenderToTexture\" Name=\"Rtt\" CreateMipMaps=\"") +
-            mipmaps +
-            "\"/><Node Type=\"Clear\" Name=\"Green\" Color=\"0 1 0 1\"/></Nodes><Connections>"
-            "<Connection Out=\"Rect.Render\" In=\"Screen1.Render\"/><Connection Out=\"Tex.Effect\" In=\"Rect.Effect\"/>"
-            "<Connection Out=\"Rtt.Color\" In=\"Tex.Texture\"/><Connection Out=\"Green.Render\" In=\"Rtt.Render\"/>"
-            "</Connections><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>");
-    CVelmor engine;
-    engine.m_RegisterEffectNodes = [](CNodeFactory &f) { CNEFx::AddNodesToFactory(f); };
-    engine.Init();
-    engine.SetRender(&m_Window->render);
-    engine.m_AutoGotoNextScene = false;
-    ASSERT_TRUE(engine.AddScene(file));
-    engine.ActivateAnotherScene(CHANGE_Index, 0, true, false);
-    const auto pixels = FrameAfter(engine, 3, 0.04f);
-    for (auto [x, y] : {std::pair{kWidth / 2, kHeight / 2}, std::pair{2, 2}, std::pair{kWidth - 3, kHeight - 3}})
-      EXPECT_EQ(m_Window->Pixel(pixels, x, y), (std::array<int, 3>{0, 255, 0})) << x << "," << y;
-    engine.SetActiveScene(nullptr);
-    EXPECT_TRUE(log.errors.empty()) << log.errors.front();
   }
 }

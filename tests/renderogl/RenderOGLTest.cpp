@@ -1,14 +1,19 @@
 // The GL backend drawing for real (Mesa under Xvfb): clears, textures,
-// vertex formats, render states and the frame over render units.
+// vertex formats, render states, the frame over render units and pictures
+// of it as PNG files.
+
+#include <FreeImage.h>
 
 #include <cstring>
+#include <filesystem>
 
 #include "GLTestSupport.h"
 #include "render/Color.h"
+#include "renderogl/Screenshot.h"
 #include "renderogl/TextureOGL.h"
 #include "support/LogCapture.h"
 
-TEST(RenderOGL, ClearColorReadsBackExactlyAndFramesCallTheClient) {
+TEST(RenderOGL, ClearColorReadsBackExactlyInFramesAndPictures) {
   VELMOR_REQUIRE_DISPLAY();
   GLWindow gl(40, 30);
   ASSERT_TRUE(gl.Ok()) << "no GL window: " << GetFirstError();
@@ -36,6 +41,31 @@ TEST(RenderOGL, ClearColorReadsBackExactlyAndFramesCallTheClient) {
   ASSERT_TRUE(gl.render.Render3DEnvironment(true));
   EXPECT_EQ(renders, 1);
   EXPECT_EQ(finished, 2);
+
+  // Pictures as PNG files with numbered names, read from the back buffer:
+  // drawn again before each.
+  std::filesystem::path folder = std::filesystem::temp_directory_path() / "velmor-shot-test" / "sub";
+  std::filesystem::remove_all(folder.parent_path());
+  std::vector<std::string> names;
+  for (int i = 0; i < 2; ++i) {
+    gl.render.SwitchToRenderUnit(0);
+    gl.render.Clear(color, 1.0f, CLEAR_Color | CLEAR_Depth);
+    names.push_back(gl.render.Screenshot((folder / "shot.png").string()));
+  }
+  EXPECT_EQ(names[0].substr(names[0].size() - 12), "-shot-01.png");
+  EXPECT_EQ(names[1].substr(names[1].size() - 12), "-shot-02.png");
+  FIBITMAP *image = FreeImage_Load(FIF_PNG, names[0].c_str(), 0);
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(FreeImage_GetWidth(image), 40u);
+  EXPECT_EQ(FreeImage_GetHeight(image), 30u);
+  RGBQUAD px;
+  ASSERT_TRUE(FreeImage_GetPixelColor(image, 5, 5, &px));
+  EXPECT_EQ((std::array<int, 3>{px.rgbRed, px.rgbGreen, px.rgbBlue}), (std::array<int, 3>{64, 128, 191}));
+  FreeImage_Unload(image);
+  // Without a base name the file is the date and the count alone.
+  std::string bare = CScreenshot::UniqueFileName((folder / "").string());
+  EXPECT_EQ(bare.substr(bare.size() - 7), "_01.png");
+  std::filesystem::remove_all(folder.parent_path());
 }
 
 TEST(RenderOGL, TexturesUploadAndReadBackIn1D2DAnd3D) {

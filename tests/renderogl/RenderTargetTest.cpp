@@ -1,13 +1,9 @@
 // Render targets from the pool: reuse without new GL objects, nesting, and
-// giving textures back. Also pictures of a window as PNG files.
+// giving textures back.
 
-#include <FreeImage.h>
-
-#include <filesystem>
 #include <set>
 
 #include "GLTestSupport.h"
-#include "renderogl/Screenshot.h"
 #include "renderogl/TextureManager.h"
 #include "renderogl/TextureOGL.h"
 
@@ -134,40 +130,4 @@ TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
   r.ReleaseTexture(outer->m_Color);
   r.ReleaseTexture(inner->m_Color);
   EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-}
-
-TEST(Screenshot, PngOfAClearedWindowWithUniqueNames) {
-  VELMOR_REQUIRE_DISPLAY();
-  GLWindow gl(24, 12);
-  ASSERT_TRUE(gl.Ok()) << GetFirstError();
-  std::filesystem::path folder = std::filesystem::temp_directory_path() / "velmor-shot-test" / "sub";
-  std::filesystem::remove_all(folder.parent_path());
-  // Multiples of 1/255 convert to bytes without rounding.
-  const float color[4] = {51 / 255.0f, 102 / 255.0f, 153 / 255.0f, 1.0f};
-  std::vector<std::string> names;
-  gl.client.onRender = [&] { gl.render.Clear(color, 1.0f, CLEAR_Color | CLEAR_Depth); };
-  gl.client.onFrameFinished = [&] {};
-  gl.render.Render3DEnvironment(false);
-  // The picture is read from the back buffer, so draw again before each.
-  for (int i = 0; i < 2; ++i) {
-    gl.render.SwitchToRenderUnit(0);
-    gl.render.Clear(color, 1.0f, CLEAR_Color | CLEAR_Depth);
-    names.push_back(gl.render.Screenshot((folder / "shot.png").string()));
-  }
-  ASSERT_EQ(names.size(), 2u);
-  EXPECT_NE(names[0], names[1]);
-  EXPECT_EQ(names[0].substr(names[0].size() - 12), "-shot-01.png");
-  EXPECT_EQ(names[1].substr(names[1].size() - 12), "-shot-02.png");
-  FIBITMAP *image = FreeImage_Load(FIF_PNG, names[0].c_str(), 0);
-  ASSERT_NE(image, nullptr);
-  EXPECT_EQ(FreeImage_GetWidth(image), 24u);
-  EXPECT_EQ(FreeImage_GetHeight(image), 12u);
-  RGBQUAD px;
-  ASSERT_TRUE(FreeImage_GetPixelColor(image, 5, 5, &px));
-  EXPECT_EQ((std::array<int, 3>{px.rgbRed, px.rgbGreen, px.rgbBlue}), (std::array<int, 3>{51, 102, 153}));
-  FreeImage_Unload(image);
-  // Without a base name the file is the date and the count alone.
-  std::string bare = CScreenshot::UniqueFileName((folder / "").string());
-  EXPECT_EQ(bare.substr(bare.size() - 7), "_01.png");
-  std::filesystem::remove_all(folder.parent_path());
 }
