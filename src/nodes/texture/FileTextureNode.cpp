@@ -19,7 +19,7 @@
 namespace {
 void ImageMessage(FREE_IMAGE_FORMAT format, const char *message) {
   const char *name = FreeImage_GetFormatFromFIF(format);
-  Log("Error loading image: %s (%s)\n", name ? name : "", message ? message : "");
+  Log("Error loading image: %s (%s)", name ? name : "", message ? message : "");
 }
 
 bool CanOpen(const std::string &path) {
@@ -39,6 +39,7 @@ std::string Locate(const std::string &name) {
 }
 
 FIBITMAP *Open(const std::string &path) {
+  if (!CanOpen(path)) return nullptr;  // a twin that isn't there either
   FREE_IMAGE_FORMAT format = FreeImage_GetFileType(path.c_str(), 0);
   if (format == FIF_UNKNOWN) format = FreeImage_GetFIFFromFilename(path.c_str());
   if (format == FIF_UNKNOWN || !FreeImage_FIFSupportsReading(format)) return nullptr;

@@ -37,6 +37,14 @@ CPortColor *TextureColorPort(const char *name, const char *desc, Color4f def) {
   return new CPortColor(name, desc, def, {0, 0, 0, 0}, {1, 1, 1, 1});
 }
 
+CGeneratedTextureNode::~CGeneratedTextureNode() {
+  for (CTexture *&texture : m_Textures) {
+    if (!texture) continue;
+    texture->Release();
+    delete texture;
+  }
+}
+
 bool CGeneratedTextureNode::Init() {
   m_TextureOut = OutPort<CPortTexture>("Texture");
   return true;

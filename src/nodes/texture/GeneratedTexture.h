@@ -35,6 +35,7 @@ CPortColor *TextureColorPort(const char *name, const char *desc, Color4f def);
 
 class CGeneratedTextureNode : public CNode, public CPDTexture {
  public:
+  ~CGeneratedTextureNode() override;
   bool Init() override;
   void InvalidateDevice(CRender *render) override;
   CTexture *GetTexture(CRender *render) override;

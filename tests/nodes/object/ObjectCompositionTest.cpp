@@ -126,6 +126,7 @@ TEST(ObjectComposition, PingPongKeepsTheBallBetweenPaddlesAndRestartsOnReshape) 
   TestGraph g;
   auto *game = g.Add<CPingPongNode>(CPingPongNode::CreateInfo(), "PingPong");
   g.frame.DeltaTime = 1.0f / 30;
+  g.frame.PrevAspect = g.frame.Aspect;
   float minX = 0, maxX = 0;
   for (int i = 0; i < 3000; ++i) {
     g.NewStep();

@@ -12,6 +12,7 @@
 #include "nodes/texture/GeneratedTexture.h"
 #include "scene/NodeFactory.h"
 #include "scene/PortPointers.h"
+#include "scene/PortValues.h"
 #include "support/LogCapture.h"
 #include "support/RecordTargets.h"
 #include "support/TempDir.h"
