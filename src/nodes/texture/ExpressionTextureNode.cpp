@@ -58,7 +58,7 @@ bool CExpressionTextureNode::Init() {
 }
 
 TextureSize CExpressionTextureNode::Size() const {
-  return ClampTextureSize(m_Width->m_Value, m_Height->m_Value, m_Depth->m_Value);
+  return ClampTextureSize(m_Width->m_Value, m_Height->m_Value, m_Depth->m_Value, MAX_COMPUTED_TEXELS);
 }
 
 void CExpressionTextureNode::Update(float time, FrameInfo *frame) {

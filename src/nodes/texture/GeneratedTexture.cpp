@@ -9,7 +9,7 @@
 #include "scene/PortPointers.h"
 #include "scene/PortValues.h"
 
-TextureSize ClampTextureSize(int width, int height, int depth) {
+TextureSize ClampTextureSize(int width, int height, int depth, long long maxTexels) {
   TextureSize s{std::clamp(width, 1, MAX_TEXTURE_SIDE), std::clamp(height, 1, MAX_TEXTURE_SIDE),
                 std::clamp(depth, 1, MAX_TEXTURE_SIDE)};
   if (s.height < 2) s.depth = 1;
@@ -18,7 +18,7 @@ TextureSize ClampTextureSize(int width, int height, int depth) {
     s.height = std::min(s.height, MAX_VOLUME_SIDE);
     s.depth = std::min(s.depth, MAX_VOLUME_SIDE);
   }
-  while (static_cast<long long>(s.width) * s.height * s.depth > MAX_TEXTURE_TEXELS) {
+  while (static_cast<long long>(s.width) * s.height * s.depth > maxTexels) {
     int &longest = s.width >= s.height ? (s.width >= s.depth ? s.width : s.depth) : (s.height >= s.depth ? s.height : s.depth);
     longest /= 2;
   }

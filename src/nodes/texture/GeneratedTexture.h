@@ -14,11 +14,13 @@ class CPortTexture;
 
 // Sizes a texture may get from its ports: the GL guarantees 4096 on a side
 // for two dimensions on every device we run on, a volume is held to 128 on
-// a side (2M texels, each filled on the CPU), and no texture holds more than
-// 16M texels (64 MiB).
+// a side, and no texture holds more than 16M texels (64 MiB). Textures whose
+// every texel runs noise octaves or an expression get at most 1M texels, so
+// that a change of a port costs seconds at worst, not minutes.
 constexpr int MAX_TEXTURE_SIDE = 4096;
 constexpr int MAX_VOLUME_SIDE = 128;
 constexpr long long MAX_TEXTURE_TEXELS = 1LL << 24;
+constexpr long long MAX_COMPUTED_TEXELS = 1LL << 20;
 
 struct TextureSize {
   int width = 1, height = 1, depth = 1;
@@ -26,7 +28,7 @@ struct TextureSize {
 // The ports' sizes within the limits above. A height below 2 keeps the
 // texture one row, a depth below 2 keeps it flat; halving the longest side
 // keeps the texel count within bounds.
-TextureSize ClampTextureSize(int width, int height, int depth);
+TextureSize ClampTextureSize(int width, int height, int depth, long long maxTexels = MAX_TEXTURE_TEXELS);
 
 // An Int port of sizes 1 to 4096 listing the powers of two.
 CPortInt *TextureSizePort(const char *name, const char *desc, int def);

@@ -1,5 +1,6 @@
 #include "nodes/texture/NoiseTextureNode.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "expr/Noise.h"
@@ -37,6 +38,12 @@ struct NoiseFunction {
       kind = number <= 12 ? Fractal : Turbulence;
       octaves = (number - 8) % 5 + 2;
     }
+  }
+
+  // Simplex evaluations of one texel: the corners of a tile times octaves.
+  int Cost(bool volume) const {
+    const int corners = volume ? 8 : 4;
+    return kind == None ? 0 : kind == Plain ? corners : corners * octaves;
   }
 
   template <typename Tile>
@@ -107,8 +114,15 @@ bool CNoiseTextureNode::Init() {
   return CGeneratedTextureNode::Init();
 }
 
+// Within the texels a computed texture may have, and within about 32M noise
+// evaluations for the whole fill: six octaves of turbulence in every channel
+// get a smaller texture than plain noise does.
 TextureSize CNoiseTextureNode::Size() const {
-  return ClampTextureSize(m_Width->m_Value, m_Height->m_Value, m_Depth->m_Value);
+  const bool volume = m_Height->m_Value >= 2 && m_Depth->m_Value >= 2;
+  int cost = 1;
+  for (CPortInt *noise : m_Noise) cost += NoiseFunction(noise->m_Value).Cost(volume);
+  const long long budget = std::min(MAX_COMPUTED_TEXELS, (1LL << 25) / cost);
+  return ClampTextureSize(m_Width->m_Value, m_Height->m_Value, m_Depth->m_Value, budget);
 }
 
 void CNoiseTextureNode::Update(float, FrameInfo *frame) {

@@ -131,6 +131,8 @@ TEST_F(Textures, SizesFromPortsAreHeldToWhatATextureMayBe) {
   const TextureSize volume = ClampTextureSize(4096, 4096, 4096), picture = ClampTextureSize(4096, 4096, 1);
   EXPECT_EQ(volume.width * volume.height * volume.depth, 128 * 128 * 128);
   EXPECT_EQ(picture.width * picture.height, 4096 * 4096);
+  const TextureSize computed = ClampTextureSize(4096, 4096, 1, MAX_COMPUTED_TEXELS);
+  EXPECT_EQ(computed.width * computed.height, 1024 * 1024);
 }
 
 TEST_F(Textures, FileTextureTopRowFirstDdsTwinAndBlankStandIn) {
