@@ -48,14 +48,12 @@ void CCloneNode::Update(float, FrameInfo *frame) {
     base = {base.x - d.x * half, base.y - d.y * half, base.z - d.z * half};
   }
   const CMatrix baseMatrix = ObjectMatrix(base, m_Rot->m_Value, m_Scale->m_Value);
-  const Color4f &c = m_Color->m_Value;
   m_Copies.resize(n);
   for (int i = 0; i < n; ++i) {
     const float k = static_cast<float>(i);
-    m_Copies[i].matrix = ObjectMatrix({d.x * k, d.y * k, d.z * k}, {r.x * k, r.y * k, r.z * k},
-                                      {s.x * k + 1, s.y * k + 1, s.z * k + 1}) *
-                         baseMatrix;
-    m_Copies[i] = {m_Copies[i].matrix, {c.r, c.g, c.b, c.a}};
+    const CMatrix own = ObjectMatrix({d.x * k, d.y * k, d.z * k}, {r.x * k, r.y * k, r.z * k},
+                                     {s.x * k + 1, s.y * k + 1, s.z * k + 1});
+    m_Copies[i] = CObjectCopy::Of(own * baseMatrix, m_Color->m_Value);
   }
   m_Out->m_Value = this;
 }

@@ -13,6 +13,8 @@ struct CCamera;
 struct CObjectCopy {
   CMatrix matrix;
   float color[4] = {1, 1, 1, 1};
+
+  static CObjectCopy Of(const CMatrix &matrix, const Color4f &c) { return {matrix, {c.r, c.g, c.b, c.a}}; }
 };
 
 // Under each parent, one item per copy (copy's matrix times the parent's,

@@ -33,9 +33,7 @@ bool CTransformNode::Init() {
 void CTransformNode::Update(float, FrameInfo *frame) {
   if (m_Updated) return;
   UpdateInPorts(frame->Time);
-  m_Local.matrix = ObjectMatrix(m_Pos->m_Value, m_Rot->m_Value, m_Scale->m_Value);
-  const Color4f &c = m_Color->m_Value;
-  m_Local = {m_Local.matrix, {c.r, c.g, c.b, c.a}};
+  m_Local = CObjectCopy::Of(ObjectMatrix(m_Pos->m_Value, m_Rot->m_Value, m_Scale->m_Value), m_Color->m_Value);
   m_Out->m_Value = this;
 }
 

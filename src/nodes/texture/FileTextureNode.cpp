@@ -127,6 +127,7 @@ bool CNTFile::RestoreDevice(CRender *render) {
     texture->Unlock();
     return true;
   }
+  // Named as the failure report names the picture.
   struct {
     int GetWidth() const { return w; }
     int GetHeight() const { return h; }
