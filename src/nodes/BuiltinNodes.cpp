@@ -14,13 +14,25 @@
 #include "nodes/mesh/SphereNode.h"
 #include "nodes/mesh/TorusNode.h"
 #include "nodes/mesh/TransformMeshNode.h"
+#include "nodes/object/CloneExpressionNode.h"
+#include "nodes/object/CloneNode.h"
+#include "nodes/object/DelayedTransformNode.h"
+#include "nodes/object/PingPongNode.h"
+#include "nodes/object/TransformNode.h"
 #include "nodes/render/ClearNode.h"
 #include "nodes/render/MeshObjectNode.h"
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/texture/BlurNode.h"
+#include "nodes/texture/CopyTextureNode.h"
+#include "nodes/texture/ExpressionTextureNode.h"
+#include "nodes/texture/FileTextureNode.h"
+#include "nodes/texture/GradientNode.h"
+#include "nodes/texture/NoiseTextureNode.h"
 #include "nodes/texture/PreviousLayerNode.h"
+#include "nodes/texture/RandomTextureNode.h"
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
 #include "nodes/value/HSVAToColorNode.h"
@@ -44,15 +56,22 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CVectorNode::CreateInfo,
     &CMinMaxNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
+    &CPingPongNode::CreateInfo,
+    &CNTFile::CreateInfo,
     &CMeshObjectNode::CreateInfo,
     &CCubeNode::CreateInfo,
     &CCloneMeshNode::CreateInfo,
+    &CNTBlur::CreateInfo,
     &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CDelayedTransformNode::CreateInfo,
+    &CCloneNode::CreateInfo,
+    &CTransformNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
     &CExpressionNode::CreateInfo,
+    &CCloneExpressionNode::CreateInfo,
     &CSphereNode::CreateInfo,
     &CCylinderNode::CreateInfo,
     &CDiscNode::CreateInfo,
@@ -61,6 +80,11 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
+    &CNoiseTextureNode::CreateInfo,
+    &CRandomTextureNode::CreateInfo,
+    &CExpressionTextureNode::CreateInfo,
+    &CGradientNode::CreateInfo,
+    &CCopyTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
     &CShaderNode::CreateInfo,
 };

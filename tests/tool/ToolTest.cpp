@@ -115,3 +115,11 @@ TEST(ToolInfo, NamesTheDisplayTheMonitorsAndTheGL) {
   EXPECT_NE(r.out.find("\ngl 2.0: yes\n"), std::string::npos);
   EXPECT_NE(r.out.find("\nframebuffer objects: yes\n"), std::string::npos);
 }
+
+TEST(ToolCheck, AMissingPictureIsAProblem) {
+  TempDir dir;
+  dir.Write("pictures.vms", Scene("<Node Type=\"FileTexture\" Name=\"F\" Filename=\"data/nothing.png\"/>", ""));
+  Result r = Tool(Assets(), "check " + (dir / "pictures.vms"));
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.out, dir / "pictures.vms" + ": Unable to load image \"data/nothing.png\"\n");
+}

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "nodes/CloneGrid.h"
 #include "nodes/mesh/MeshNode.h"
 
 class CExprEvaluator;
@@ -22,12 +23,6 @@ class CCloneMeshExpressionNode : public CMeshNode {
   bool Init() override;
   bool CreateMesh(CPDMesh &mesh) override;
 
-  // The expression's variables, in the order they are registered.
-  enum Variable {
-    X, Y, Z, NumObjectsX, NumObjectsY, NumObjectsZ, In1, In2, In3, In4, In5,
-    PosX, PosY, PosZ, RotX, RotY, RotZ, ScaleX, ScaleY, ScaleZ, ColR, ColG, ColB, ColA,
-    VariableCount
-  };
 
  private:
   CPortInt *m_NumObjects[3] = {};
@@ -38,5 +33,5 @@ class CCloneMeshExpressionNode : public CMeshNode {
 
   std::unique_ptr<CExprEvaluator> m_Evaluator;
   CPDMesh m_Source;  // the source's geometry, generated here each time
-  double m_Vars[VariableCount] = {};
+  CCloneGrid m_Grid;
 };
