@@ -1,28 +1,26 @@
 #include "nodes/texture/TextureFilter.h"
 
 #include "fx/FxManager.h"
-#include "nodes/render/RenderToTextureNode.h"
 #include "render/DeviceCheck.h"
 #include "render/Render.h"
+#include "render/RenderTarget.h"
 #include "render/RenderTypes.h"
 #include "render/Resources.h"
 #include "render/VertexFormat.h"
-#include "renderogl/TextureManager.h"
 #include "scene/PortPointers.h"
 
-CFilterTargets::CFilterTargets() : m_Source(&CRenderTargetSource::Pools()) {}
-
+// A filter draws one quad: no depth buffer.
 CRenderTarget *CFilterTargets::Begin(CRender &render, int width, int height) {
-  CRenderTarget *target = m_Source->Create(render, width, height);
+  CRenderTarget *target = render.CreateRenderTarget(width, height, 0);
   if (!target || !target->m_Color) return nullptr;
-  m_Source->Begin(*target, render);
+  target->Begin(render);
   return target;
 }
 
-void CFilterTargets::End(CRender &render, CRenderTarget &target) { m_Source->End(target, render); }
+void CFilterTargets::End(CRender &render, CRenderTarget &target) { target.End(render); }
 
 void CFilterTargets::Release(CRender &render, CTexture *texture) {
-  if (texture && (texture->m_Flags & TEXF_Pooled)) m_Source->Release(render, texture);
+  if (texture && (texture->m_Flags & TEXF_Pooled)) render.ReleaseTexture(texture);
 }
 
 CTexture *CFilterTargets::Color(const CRenderTarget &target) const { return target.m_Color; }

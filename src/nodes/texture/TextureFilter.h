@@ -13,7 +13,6 @@ class CFx;
 class CNodeInfo;
 class CPortTexture;
 class CRenderTarget;
-class CRenderTargetSource;
 class CVertexBuffer;
 struct FxTechniqueRecord;
 
@@ -25,9 +24,6 @@ class CFilterTargets {
   // Gives a pooled texture back; others are left alone.
   void Release(CRender &render, CTexture *texture);
   CTexture *Color(const CRenderTarget &target) const;
-
-  CRenderTargetSource *m_Source;
-  CFilterTargets();
 };
 
 class CTextureFilterNode : public CNode, public CPDTexture {
@@ -35,7 +31,6 @@ class CTextureFilterNode : public CNode, public CPDTexture {
   ~CTextureFilterNode() override;
   // Frees the effect and the quad.
   void InvalidateDevice(CRender *render) override;
-  void SetTargetSource(CRenderTargetSource *source) { m_Targets.m_Source = source; }
 
  protected:
   CTextureFilterNode();
