@@ -14,12 +14,24 @@
 #include "nodes/mesh/SphereNode.h"
 #include "nodes/mesh/TorusNode.h"
 #include "nodes/mesh/TransformMeshNode.h"
+#include "nodes/object/GalaxyNode.h"
+#include "nodes/object/LineBounceNode.h"
+#include "nodes/object/LinesNode.h"
+#include "nodes/object/ParticlesNode.h"
+#include "nodes/object/PlanestateNode.h"
+#include "nodes/object/StarfieldNode.h"
 #include "nodes/render/ClearNode.h"
 #include "nodes/render/MeshObjectNode.h"
 #include "nodes/render/RenderObjectNode.h"
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sound/BarsNode.h"
+#include "nodes/sound/BeatNode.h"
+#include "nodes/sound/OscilloscopeNode.h"
+#include "nodes/sound/SoundTextureNode.h"
+#include "nodes/sound/SpectrumNode.h"
+#include "nodes/sound/WaveformNode.h"
 #include "nodes/texture/PreviousLayerNode.h"
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
@@ -44,11 +56,21 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CVectorNode::CreateInfo,
     &CMinMaxNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
+    &CPlanestateNode::CreateInfo,
+    &CStarfieldNode::CreateInfo,
     &CMeshObjectNode::CreateInfo,
     &CCubeNode::CreateInfo,
     &CCloneMeshNode::CreateInfo,
     &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CLineBounceNode::CreateInfo,
+    &CParticlesNode::CreateInfo,
+    &CBeatNode::CreateInfo,
+    &CSpectrumNode::CreateInfo,
+    &CWaveformNode::CreateInfo,
+    &COscilloscopeNode::CreateInfo,
+    &CBarsNode::CreateInfo,
+    &CLinesNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
@@ -60,7 +82,9 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CConeNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
+    &CGalaxyNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
+    &CSoundTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
     &CShaderNode::CreateInfo,
 };
