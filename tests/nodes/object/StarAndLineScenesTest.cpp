@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "nodes/object/StarfieldNode.h"
 #include "render/RecordRender.h"
 #include "scene/NodeFactory.h"
+#include "scene/Port.h"
 
 namespace {
 using Vertices = std::vector<CVector3>;

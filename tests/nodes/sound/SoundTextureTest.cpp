@@ -2,7 +2,9 @@
 // the oldest row first so that the newest is the texture's last.
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
+#include <vector>
 
 #include "audio/SoundReader.h"
 #include "nodes/BuiltinNodes.h"
@@ -10,6 +12,7 @@
 #include "render/RecordRender.h"
 #include "render/Resources.h"
 #include "scene/NodeFactory.h"
+#include "scene/Port.h"
 
 namespace {
 // A sound whose spectrum is flat at a level set per analysed frame.
