@@ -9,6 +9,7 @@
 #include "nodes/object/ParticlesNode.h"
 #include "render/Matrix.h"
 #include "scene/NodeFactory.h"
+#include "scene/Port.h"
 #include "support/CountingAllocator.h"
 #include "support/RatioReporter.h"
 

@@ -37,7 +37,7 @@ def kick():
     out, phase = [], 0.0
     for k in range(int(0.35 * RATE)):
         t = k / RATE
-        f = 45.0 + 90.0 * math.exp(-t * 30.0)
+        f = 50.0 + 450.0 * math.exp(-t * 25.0)  # the punch sweeps through the beat's band
         phase += 2 * math.pi * f / RATE
         out.append(math.sin(phase) * math.exp(-t * 9.0))
     return out
@@ -106,8 +106,8 @@ def main():
         for half in (0.0, 0.5):
             add(buf, t + half * BEAT, h_, 0.25)
         # Bass: root on the beat, octave on the off-beat.
-        add(buf, t, lowpass(tone(hz(root), BEAT * 0.45, "saw"), 0.08), 0.5)
-        add(buf, t + 0.5 * BEAT, lowpass(tone(hz(root + 12), BEAT * 0.4, "saw"), 0.1), 0.35)
+        add(buf, t, lowpass(tone(hz(root), BEAT * 0.45, "saw"), 0.3), 0.5)
+        add(buf, t + 0.5 * BEAT, lowpass(tone(hz(root + 12), BEAT * 0.4, "saw"), 0.3), 0.35)
         if beat == 0:
             for note in chord:
                 add(buf, t, tone(hz(note), 4 * BEAT, "sine", attack=0.3, release=0.6), 0.08)

@@ -44,7 +44,8 @@ TEST(StarAndLineScenes, DrawOnlyInsideTheirArea) {
     CVector3 bound;  // largest |x|, |y|, |z| of a vertex
     std::function<Vertices(CNode *)> vertices;
   } cases[] = {
-      {"Starfield", {{"NumStars", "3000"}, {"Dir", "0.3 -0.2 1.5"}}, {2, 2, 10.03f}, [](CNode *n) {
+            // Stars wrap before they move: one step of Dir beyond the space at most.
+      {"Starfield", {{"NumStars", "3000"}, {"Dir", "0.3 -0.2 1.5"}}, {2.05f, 2.05f, 10.6f}, [](CNode *n) {
          Vertices v;
          const CRenderPoints &p = static_cast<CStarfieldNode *>(n)->Points();
          for (int i = 0; i < p.Count(); ++i) {
