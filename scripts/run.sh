@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds Release and plays the bundled default
-# project: in a window when there is a display, otherwise under a private
-# Xvfb, saving a picture of the screen every few seconds into out/pictures.
+# project: in a window when there is a display, otherwise the music project
+# under a private Xvfb, hearing the bundled demo track (tools/make_demo_track.py
+# makes it) and saving a picture of the screen every few seconds into
+# out/pictures.
 # Arguments are passed to velmor (see build/release/src/app/velmor --help).
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -14,7 +16,10 @@ if [ -n "${DISPLAY:-}" ]; then
 fi
 pictures="$root/out/pictures"
 mkdir -p "$pictures"
-echo "No display: playing for ${VELMOR_SECONDS:-30} seconds under Xvfb, pictures into $pictures"
+track="$root/assets/music/demo-track.wav"
+[ -f "$track" ] || python3 "$root/tools/make_demo_track.py" "$track"
+echo "No display: playing the music project to the demo track for ${VELMOR_SECONDS:-30} seconds under Xvfb, pictures into $pictures"
 xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX +extension RANDR" \
-  "$velmor" /t --seconds "${VELMOR_SECONDS:-30}" --pictures "$pictures" --picture-every 3 "$@"
+  "$velmor" /t projects/music.vmp --audio "$track" --seconds "${VELMOR_SECONDS:-30}" --pictures "$pictures" \
+  --picture-every 3 "$@"
 ls -1 "$pictures" | tail -n 12

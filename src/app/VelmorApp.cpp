@@ -20,7 +20,8 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   engine->m_UpdateSound = [] { g_Sound.UpdateSound(g_AppType ? g_AppType->m_Fps : 30.0f); };
   engine->m_RegisterEffectNodes = [](CNodeFactory &factory) { CNEFx::AddNodesToFactory(factory); };
   engine->m_ConfigureSound = [](bool capture, int maxSilence) {
-    g_Sound.m_CaptureSound = capture;
+    // A sound file from the command line plays whatever the configuration says.
+    g_Sound.m_CaptureSound = capture || g_Sound.Capture().Source();
     g_Sound.m_MaxSilenceTime = maxSilence;
   };
   if (g_AppType) {

@@ -10,6 +10,8 @@
 #include "app/AppTypeScreensaver.h"
 #include "app/Folders.h"
 #include "app/VelmorApp.h"
+#include "audio/SoundAnalyzer.h"
+#include "audio/SoundFromFile.h"
 #include "core/Log.h"
 #include "engine/DemoEngine.h"
 #include "nodes/BuiltinNodes.h"
@@ -36,6 +38,7 @@ void Usage(FILE *out) {
           "  --pictures DIR       save a PNG of the screen into DIR every second (see --picture-every)\n"
           "  --picture-every S    seconds between pictures\n"
           "  --demo [STEPS]       run the built-in demo graph without a window, printing each step\n"
+          "  --audio FILE         hear a sound file (WAV, FLAC, ...) instead of capturing the machine's output\n"
           "F9 saves a picture into the Screenshots folder of the user's folder.\n");
 }
 
@@ -54,7 +57,7 @@ int main(int argc, char **argv) {
   InstallShutdownSignals();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
-  std::string pictures;
+  std::string pictures, audio;
   for (int i = 1; i < argc; ++i) {
     const char *a = argv[i];
     if (!strcmp(a, "--help")) {
@@ -66,6 +69,8 @@ int main(int argc, char **argv) {
       seconds = atof(argv[++i]);
     } else if (!strcmp(a, "--pictures") && i + 1 < argc) {
       pictures = argv[++i];
+    } else if (!strcmp(a, "--audio") && i + 1 < argc) {
+      audio = argv[++i];
     } else if (!strcmp(a, "--picture-every") && i + 1 < argc) {
       every = atof(argv[++i]);
     } else {
@@ -74,13 +79,15 @@ int main(int argc, char **argv) {
   }
   args = TranslateLinuxSwitches(args, getenv("XSCREENSAVER_WINDOW"));
 
-  // Pictures go where the user pointed, not into the installation we change into.
-  if (!pictures.empty() && pictures[0] != '/') {
-    char cwd[4096];
-    if (getcwd(cwd, sizeof(cwd))) pictures = std::string(cwd) + "/" + pictures;
-  }
+  // Pictures and sound files are where the user pointed, not into the installation we change into.
+  for (std::string *path : {&pictures, &audio})
+    if (!path->empty() && (*path)[0] != '/') {
+      char cwd[4096];
+      if (getcwd(cwd, sizeof(cwd))) *path = std::string(cwd) + "/" + *path;
+    }
   const AppFolders folders = SetUpAppFolders();
   InstallBuiltinNodes();
+  if (!audio.empty() && !PlaySoundFile(g_Sound, audio)) fprintf(stderr, "velmor: %s\n", GetFirstError());
   {
     CVelmorApp app(&CVelmorApp::MakeVelmorEngine);
     CAppTypeScreensaver host(&app, [] { return std::make_unique<CRenderOGL>(); });

@@ -17,7 +17,13 @@
 #include "nodes/object/CloneExpressionNode.h"
 #include "nodes/object/CloneNode.h"
 #include "nodes/object/DelayedTransformNode.h"
+#include "nodes/object/GalaxyNode.h"
+#include "nodes/object/LineBounceNode.h"
+#include "nodes/object/LinesNode.h"
+#include "nodes/object/ParticlesNode.h"
 #include "nodes/object/PingPongNode.h"
+#include "nodes/object/PlanestateNode.h"
+#include "nodes/object/StarfieldNode.h"
 #include "nodes/object/TransformNode.h"
 #include "nodes/render/ClearNode.h"
 #include "nodes/render/MeshObjectNode.h"
@@ -25,6 +31,12 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sound/BarsNode.h"
+#include "nodes/sound/BeatNode.h"
+#include "nodes/sound/OscilloscopeNode.h"
+#include "nodes/sound/SoundTextureNode.h"
+#include "nodes/sound/SpectrumNode.h"
+#include "nodes/sound/WaveformNode.h"
 #include "nodes/texture/BlurNode.h"
 #include "nodes/texture/CopyTextureNode.h"
 #include "nodes/texture/ExpressionTextureNode.h"
@@ -57,6 +69,8 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CMinMaxNode::CreateInfo,
     &CRenderObjectNode::CreateInfo,
     &CPingPongNode::CreateInfo,
+    &CPlanestateNode::CreateInfo,
+    &CStarfieldNode::CreateInfo,
     &CNTFile::CreateInfo,
     &CMeshObjectNode::CreateInfo,
     &CCubeNode::CreateInfo,
@@ -64,9 +78,17 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CNTBlur::CreateInfo,
     &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CLineBounceNode::CreateInfo,
     &CDelayedTransformNode::CreateInfo,
+    &CParticlesNode::CreateInfo,
     &CCloneNode::CreateInfo,
     &CTransformNode::CreateInfo,
+    &CBeatNode::CreateInfo,
+    &CSpectrumNode::CreateInfo,
+    &CWaveformNode::CreateInfo,
+    &COscilloscopeNode::CreateInfo,
+    &CBarsNode::CreateInfo,
+    &CLinesNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
@@ -79,11 +101,13 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CConeNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
+    &CGalaxyNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
     &CNoiseTextureNode::CreateInfo,
     &CRandomTextureNode::CreateInfo,
     &CExpressionTextureNode::CreateInfo,
     &CGradientNode::CreateInfo,
+    &CSoundTextureNode::CreateInfo,
     &CCopyTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
     &CShaderNode::CreateInfo,

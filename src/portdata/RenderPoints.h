@@ -50,6 +50,8 @@ class CRenderPoints : public CBatchRender {
   VertexPC *Points() { return reinterpret_cast<VertexPC *>(m_Words.data()); }
   Line *Lines() { return reinterpret_cast<Line *>(m_Words.data()); }
   Sprite *Sprites() { return reinterpret_cast<Sprite *>(m_Words.data()); }
+  const VertexPC *Points() const { return reinterpret_cast<const VertexPC *>(m_Words.data()); }
+  const Line *Lines() const { return reinterpret_cast<const Line *>(m_Words.data()); }
   const Sprite *Sprites() const { return reinterpret_cast<const Sprite *>(m_Words.data()); }
 
   // Makes the ring for the current primitive type; PRIM_Object needs none.

@@ -9,10 +9,11 @@
 #include "scene/Scene.h"
 #include "tool/ToolCommand.h"
 #include "tool/ToolScene.h"
+#include "tool/ToolSound.h"
 
 namespace {
 int Usage() {
-  fprintf(stderr, "usage: velmor-tool eval FILE --time T [--step S] [--seed N] --port NODE.PORT...\n");
+  fprintf(stderr, "usage: velmor-tool eval FILE --time T [--step S] [--seed N] [--audio FILE.wav] --port NODE.PORT...\n");
   return 2;
 }
 
@@ -22,6 +23,8 @@ int RunEval(int argc, char **argv) {
   if (!TakeOption(args, "--time", time)) return Usage();
   TakeOption(args, "--step", step);
   TakeOption(args, "--seed", seed);
+  CToolSound sound;
+  if (!sound.TakeOption(args)) return 1;
   std::vector<std::string> ports;
   for (std::string port; TakeOption(args, "--port", port);) ports.push_back(port);
   if (args.size() != 1 || ports.empty()) return Usage();
@@ -40,7 +43,10 @@ int RunEval(int argc, char **argv) {
   const float dt = step.empty() ? 0.033333335f : static_cast<float>(atof(step.c_str()));
   if (dt <= 0.0f) return Usage();
   // Warm-up steps count: they advance the scene's time too.
-  while (scene.m_FrameInfo.Time + 1e-6f < until) scene.Update(std::min(dt, until - scene.m_FrameInfo.Time));
+  while (scene.m_FrameInfo.Time + 1e-6f < until) {
+    sound.AdvanceTo(scene.m_FrameInfo.Time);
+    scene.Update(std::min(dt, until - scene.m_FrameInfo.Time));
+  }
 
   int status = 0;
   for (const std::string &address : ports) {
@@ -62,5 +68,5 @@ int RunEval(int argc, char **argv) {
 }
 }  // namespace
 
-VELMOR_TOOL_COMMAND(eval, "eval", 3, "FILE --time T [--step S] [--seed N] --port NODE.PORT...",
+VELMOR_TOOL_COMMAND(eval, "eval", 3, "FILE --time T [--step S] [--seed N] [--audio FILE.wav] --port NODE.PORT...",
                     "run a scene to time T and print NODE.PORT=VALUE for each port", RunEval);

@@ -12,12 +12,13 @@
 #include "scene/Scene.h"
 #include "tool/ToolCommand.h"
 #include "tool/ToolScene.h"
+#include "tool/ToolSound.h"
 
 namespace {
 int Usage() {
   fprintf(stderr,
-          "usage: velmor-tool render FILE --time T [--size WxH] [--seed N] -o OUT.png\n"
-          "       velmor-tool render FILE --time T --frames N --fps F [--size WxH] [--seed N] -o NAME_%%04d.png\n");
+          "usage: velmor-tool render FILE --time T [--size WxH] [--seed N] [--audio FILE.wav] -o OUT.png\n"
+          "       velmor-tool render FILE --time T --frames N --fps F [--size WxH] [--seed N] [--audio FILE.wav] -o NAME_%%04d.png\n");
   return 2;
 }
 
@@ -63,6 +64,8 @@ int RunRender(int argc, char **argv) {
   if (!TakeOption(args, "--time", time) || !TakeOption(args, "-o", out)) return Usage();
   TakeOption(args, "--size", size);
   TakeOption(args, "--seed", seed);
+  CToolSound sound;
+  if (!sound.TakeOption(args)) return 1;
   const bool sequence = TakeOption(args, "--frames", frames);
   if (sequence && !TakeOption(args, "--fps", fps)) return Usage();
   int width = 0, height = 0;
@@ -77,6 +80,8 @@ int RunRender(int argc, char **argv) {
     return 1;
   }
   tool.engine.m_AutoGotoNextScene = false;  // one scene, however long the render
+  // Before each step the sound catches up with the scene's clock.
+  tool.engine.m_UpdateSound = [&] { sound.AdvanceTo(SceneTime(tool.engine.m_ActiveScene)); };
 
   // A window of the asked size on the current display, the renderer drawing
   // into it as into a preview.
@@ -124,6 +129,6 @@ int RunRender(int argc, char **argv) {
 }  // namespace
 
 VELMOR_TOOL_COMMAND(render, "render", 4,
-                    "FILE --time T [--size WxH] [--seed N] [--frames N --fps F] -o OUT.png",
+                    "FILE --time T [--size WxH] [--seed N] [--frames N --fps F] [--audio FILE.wav] -o OUT.png",
                     "run a scene or project to time T and draw it into a PNG (a numbered sequence with --frames)",
                     RunRender);

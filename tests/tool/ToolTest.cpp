@@ -1,5 +1,6 @@
 // velmor-tool as scripts see it: exact output lines and exit codes.
 #include "support/TempDir.h"
+#include "tool/ToolRun.h"
 
 #include <gtest/gtest.h>
 
@@ -9,34 +10,6 @@
 #include <vector>
 
 namespace {
-struct Result {
-  int status = -1;
-  std::string out;
-};
-
-// Runs the tool in `dir` with stdout captured (stderr to `errFile`). Mesa's
-// driver keeps allocations until exit: leak reports of a child that opened
-// GL would only be about the driver.
-Result Tool(const std::string &dir, const std::string &args, const std::string &errFile = "/dev/null") {
-  const std::string cmd = "cd '" + dir + "' && ASAN_OPTIONS=detect_leaks=0 '" VELMOR_TOOL_BINARY "' " + args +
-                          " 2>" + errFile;
-  Result r;
-  FILE *p = popen(cmd.c_str(), "r");
-  if (!p) return r;
-  char buf[4096];
-  while (size_t n = fread(buf, 1, sizeof(buf), p)) r.out.append(buf, n);
-  int status = pclose(p);
-  r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return r;
-}
-
-std::string Assets() { return std::string(VELMOR_SOURCE_ROOT) + "/assets"; }
-
-std::string Scene(const std::string &nodes, const std::string &connections) {
-  return "<Velmor><Transitions/><Scenes><Scene Name=\"T\"><Nodes>" + nodes + "</Nodes><Connections>" + connections +
-         "</Connections><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>";
-}
-
 // Width and height from a PNG's header.
 std::pair<int, int> PngSize(const std::string &file) {
   std::string data = TempDir::Read(file);

@@ -1,0 +1,115 @@
+// The star and line scenes keep everything they draw inside the area their
+// ports describe, frame after frame, and make their device objects on the
+// recorder.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "nodes/BuiltinNodes.h"
+#include "nodes/object/GalaxyNode.h"
+#include "nodes/object/LineBounceNode.h"
+#include "nodes/object/LinesNode.h"
+#include "nodes/object/PlanestateNode.h"
+#include "nodes/object/StarfieldNode.h"
+#include "render/RecordRender.h"
+#include "scene/NodeFactory.h"
+#include "scene/Port.h"
+
+namespace {
+using Vertices = std::vector<CVector3>;
+
+template <typename Record>
+void AddPositions(Vertices &out, const Record *records, int count) {
+  for (int i = 0; i < count; ++i) out.push_back({records[i].x, records[i].y, records[i].z});
+}
+void AddLines(Vertices &out, const CRenderLines &lines) {
+  for (int i = 0; i < lines.Count(); ++i) {
+    out.push_back({lines.Lines()[i].from.x, lines.Lines()[i].from.y, lines.Lines()[i].from.z});
+    out.push_back({lines.Lines()[i].to.x, lines.Lines()[i].to.y, lines.Lines()[i].to.z});
+  }
+}
+void AddQuads(Vertices &out, const CQuadBatch &quads) {
+  for (int i = 0; i < quads.Count(); ++i) AddPositions(out, quads.Quads()[i].v, 4);
+}
+}  // namespace
+
+TEST(StarAndLineScenes, DrawOnlyInsideTheirArea) {
+  const struct {
+    const char *type;
+    std::vector<std::pair<const char *, const char *>> ports;
+    CVector3 bound;  // largest |x|, |y|, |z| of a vertex
+    std::function<Vertices(CNode *)> vertices;
+  } cases[] = {
+            // Stars wrap before they move: one step of Dir beyond the space at most.
+      {"Starfield", {{"NumStars", "3000"}, {"Dir", "0.3 -0.2 1.5"}}, {2.05f, 2.05f, 10.6f}, [](CNode *n) {
+         Vertices v;
+         const CRenderPoints &p = static_cast<CStarfieldNode *>(n)->Points();
+         for (int i = 0; i < p.Count(); ++i) {
+           const auto &l = p.Lines()[i];
+           v.push_back({l.from.x, l.from.y, l.from.z});
+         }
+         return v;
+       }},
+      {"Galaxy", {{"NumStars", "2000"}, {"GalaxyRadius", "3"}, {"Speed", "0.1"}}, {3.0001f, 3.0001f, 0}, [](CNode *n) {
+         Vertices v;
+         const CRenderPoints &p = static_cast<CGalaxyNode *>(n)->Points();
+         AddPositions(v, p.Sprites(), p.Count());
+         return v;
+       }},
+      {"Lines",
+       {{"Width", "1.6"}, {"LinesPerSec", "40"}, {"RotationSpeed", "90"}, {"Thickness", "0.02"}},
+       {0.81f, 0.51f, 0},
+       [](CNode *n) {
+         Vertices v;
+         AddQuads(v, static_cast<CLinesNode *>(n)->Quads());
+         return v;
+       }},
+      {"LineBounce",
+       {{"AdjustForAspect", "false"}, {"Width", "2"}, {"Depth", "0.5"}, {"PointSpeed", "3"}},
+       {1.0f * 1.1f, 0.5f * 1.1f, 0.25f * 1.1f},
+       [](CNode *n) {
+         Vertices v;
+         AddLines(v, static_cast<CLineBounceNode *>(n)->Lines());
+         return v;
+       }},
+      {"Planestate",
+       {{"NumObjects", "5"}, {"ObjectYDelta", "0.2"}, {"CenterAxisRot", "0 40 0"}, {"ObjectRot", "30 60 90"}},
+       {0.71f + 0.4f, 0.71f + 0.5f, 0.71f + 0.4f},
+       [](CNode *n) {
+         Vertices v;
+         AddQuads(v, static_cast<CPlanestateNode *>(n)->Quads());
+         return v;
+       }},
+  };
+  InstallBuiltinNodes();
+  CNodeFactoryRef factory;
+  factory->Init();
+  for (const auto &c : cases) {
+    std::unique_ptr<CNode> node(factory->CreateNode(c.type));
+    ASSERT_NE(node, nullptr) << c.type;
+    for (const auto &[name, value] : c.ports) node->FindInPort(name)->SetText(value);
+    FrameInfo frame;
+    frame.Aspect = frame.PrevAspect = 4.0f / 3.0f;
+    size_t drawn = 0;
+    for (int step = 0; step < 90; ++step) {
+      frame.DeltaTime = 0.033333335f;
+      frame.Time += frame.DeltaTime;
+      node->m_Updated = false;
+      node->Update(frame.Time, &frame);
+      for (CPort *p : node->m_InPorts) p->m_Changed = false;
+      const Vertices v = c.vertices(node.get());
+      drawn = std::max(drawn, v.size());
+      for (const CVector3 &p : v)
+        ASSERT_TRUE(std::fabs(p.x) <= c.bound.x && std::fabs(p.y) <= c.bound.y && std::fabs(p.z) <= c.bound.z)
+            << c.type << " step " << step << ": " << p.x << " " << p.y << " " << p.z;
+    }
+    EXPECT_GT(drawn, 0u) << c.type;
+    CRecordRender render;
+    EXPECT_TRUE(node->RestoreDevice(&render)) << c.type;
+    node->InvalidateDevice(&render);
+  }
+}
