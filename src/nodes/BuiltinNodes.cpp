@@ -20,6 +20,9 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/text/ClockNode.h"
+#include "nodes/text/MatrixTrailsNode.h"
+#include "nodes/text/TextWriterNode.h"
 #include "nodes/texture/PreviousLayerNode.h"
 #include "nodes/value/ExpressionNode.h"
 #include "nodes/value/HSLAToColorNode.h"
@@ -49,6 +52,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CCloneMeshNode::CreateInfo,
     &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CMatrixTrailsNode::CreateInfo,
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
@@ -60,6 +64,8 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CConeNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
+    &CClockNode::CreateInfo,
+    &CTextWriterNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
     &CShaderNode::CreateInfo,
