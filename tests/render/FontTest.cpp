@@ -134,8 +134,11 @@ TEST(Font, CutOrCorruptFilesAreRefusedWithTheirReason) {
     LogCapture log;
     LoadedFont f(c.bytes);
     EXPECT_EQ(f.result, c.result) << c.what;
-    if (c.error) EXPECT_NE(log.LastError().find(c.error), std::string::npos) << c.what << ": " << log.LastError();
-    else EXPECT_TRUE(log.errors.empty()) << c.what;
+    if (c.error) {
+      EXPECT_NE(log.LastError().find(c.error), std::string::npos) << c.what << ": " << log.LastError();
+    } else {
+      EXPECT_TRUE(log.errors.empty()) << c.what;
+    }
     EXPECT_FALSE(f.font.HasGlyph('A')) << c.what;
     f.font.WriteLines(0, 0, 0, "AV", 2, 1);  // still usable
   }
@@ -176,12 +179,16 @@ TEST(Font, BakedFontsMatchTheirPictures) {
           owner[y * 256 + x] = 1;
           covered += FreeImage_GetScanLine(image, 255 - y)[4 * x + FI_RGBA_ALPHA] > 0;
         }
-      if (c != ' ') EXPECT_GT(covered, 0) << "glyph " << c << " is empty in the picture";
+      if (c != ' ') {
+        EXPECT_GT(covered, 0) << "glyph " << c << " is empty in the picture";
+      }
     }
     EXPECT_GE(glyphs, 15);
     for (int y = 0; y < 256; ++y)
       for (int x = 0; x < 256; ++x)
-        if (!owner[y * 256 + x]) ASSERT_EQ(FreeImage_GetScanLine(image, 255 - y)[4 * x + FI_RGBA_ALPHA], 0) << x << "," << y;
+        if (!owner[y * 256 + x]) {
+          ASSERT_EQ(FreeImage_GetScanLine(image, 255 - y)[4 * x + FI_RGBA_ALPHA], 0) << x << "," << y;
+        }
     FreeImage_Unload(image);
   }
 }

@@ -10,7 +10,6 @@
 #include "render/Render.h"
 #include "render/RenderTypes.h"
 #include "render/Resources.h"
-#include "renderogl/TextureManager.h"
 #include "scene/DrawList.h"
 #include "scene/NodeInfo.h"
 #include "scene/PortPointers.h"
@@ -69,8 +68,6 @@ void CFontEffectNode::AddShaderPorts(CNodeInfo *info) {
   info->AddOutPort(new CPortObject("Object", "Object"));
 }
 
-CFontEffectNode::~CFontEffectNode() { ReleaseEffect(); }
-
 bool CFontEffectNode::Init() {
   m_SrcBlend = InPort<CPortInt>("SrcBlend");
   m_DstBlend = InPort<CPortInt>("DstBlend");
@@ -115,26 +112,12 @@ bool CFontEffectNode::RestoreDevice(CRender *render) {
   }
   m_ComposedText = ComposeShaderText(m_Shader ? m_Shader->m_Value : std::string(), m_Composed, kRecipe);
   if (m_ComposedText.empty()) return true;
-  if (!render->m_FxManager) return false;
-  m_Fx = render->m_FxManager->ParseEffect(m_ComposedText.c_str());
-  if (!m_Fx) return false;
-  m_Technique = m_Fx->GetBestTechnique();
-  if (!m_Technique) return false;
-  for (int h = 0; h < H_Count; ++h) m_Handles[h] = m_Fx->GetNamedParameter(kHandleNames[h]);
-  return m_Font.RestoreDevice(render);
+  return CompileEffect(render, m_ComposedText, kHandleNames, H_Count, H_color) && m_Font.RestoreDevice(render);
 }
 
 void CFontEffectNode::InvalidateDevice(CRender *render) {
   ReleaseEffect();
   m_Font.InvalidateDevice(render);
-}
-
-void CFontEffectNode::ReleaseEffect() {
-  delete m_Technique;
-  m_Technique = nullptr;
-  delete m_Fx;
-  m_Fx = nullptr;
-  for (CFxParameter *&h : m_Handles) h = nullptr;
 }
 
 void CFontEffectNode::AddToDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera) {
@@ -143,57 +126,12 @@ void CFontEffectNode::AddToDrawList(CDrawList &list, CDrawItemList &parents, con
 
 PassHandle CFontEffectNode::Begin() {
   if (!m_Technique || !m_Render) return nullptr;
-  for (int i = 0; i < 2; ++i) {
-    CPortTexture *port = m_Textures[i];
-    bool bound = port && port->IsConnected() && m_Handles[H_tex1 + i] && port->m_Value;
-    m_BeginTextures[i] = bound ? port->m_Value->GetTexture(m_Render) : nullptr;
-  }
   m_States.Apply(*m_Render, m_SrcBlend, m_DstBlend, m_CullMode);
   if (m_Handles[H_in1]) m_Handles[H_in1]->SetValuefr(m_In1Value, 3);
   for (int c = 0; c < 3; ++c)
     if (m_Handles[H_color1 + c]) m_Handles[H_color1 + c]->SetValuefr(m_Color[c], 4);
   if (m_Handles[H_time]) m_Handles[H_time]->SetValuefr(&m_Time, 1);
   if (m_Handles[H_texfont]) FxSetupSampler(*m_Fx, *m_Handles[H_texfont], m_Font.GetTexture(m_Render));
-  for (int i = 0; i < 2; ++i) {
-    const CTexture *t = m_BeginTextures[i];
-    if (!t || !m_Handles[H_tex1size + i]) continue;
-    const float size[2] = {static_cast<float>(t->m_Width), static_cast<float>(t->m_Height)};
-    m_Handles[H_tex1size + i]->SetValuefr(size, 2);
-  }
-  for (int i = 0; i < 2; ++i)
-    if (m_Handles[H_tex1 + i]) FxSetupSampler(*m_Fx, *m_Handles[H_tex1 + i], m_BeginTextures[i]);
-  for (int h = H_FastNoise; h <= H_Permutation2d; ++h)
-    if (m_Handles[h]) FxSetupSampler(*m_Fx, *m_Handles[h], FxNoiseTexture(*m_Render, h - H_FastNoise));
+  BindTextures(m_Textures, 2, H_tex1size, H_tex1, H_FastNoise);
   return FxFirstPass(m_Technique);
-}
-
-void CFontEffectNode::BeginPass(PassHandle pass) {
-  if (m_Fx) FxSetPassState(*m_Fx, pass);
-}
-
-PassHandle CFontEffectNode::NextPass(PassHandle pass) { return FxNextPass(pass); }
-
-void CFontEffectNode::EndPass(PassHandle pass) {
-  if (m_Fx) FxResetPassState(*m_Fx, pass);
-}
-
-void CFontEffectNode::End() {
-  for (CTexture *&t : m_BeginTextures) {
-    if (t && m_Render && m_Render->m_TextureManager)
-      CTextureManager::ReleaseTexture(m_Render->m_TextureManager, *m_Render, t);
-    t = nullptr;
-  }
-}
-
-void CFontEffectNode::SetColor(const float *color) { std::copy_n(color, 4, m_ItemColor); }
-
-void CFontEffectNode::SetMatrix(int, const CMatrix &matrix) {
-  if (m_Fx) std::copy_n(matrix.m, 16, m_Fx->m_World);
-}
-
-void CFontEffectNode::Commit() {
-  if (!m_Fx || !m_Render) return;
-  if (m_Handles[H_color]) m_Handles[H_color]->SetValuefr(m_ItemColor, 4);
-  FxSetMatrixParameters(*m_Fx, *m_Render);
-  FxCommitChanges(*m_Fx);
 }

@@ -4,15 +4,13 @@
 // Shader port as the Shader node composes its own (see ShaderText.h), with
 // the font picture as the sampler texfont.
 
+#include "nodes/effect/ComposedEffect.h"
 #include "nodes/effect/EffectStates.h"
 #include "nodes/effect/ShaderText.h"
-#include "portdata/PDEffect.h"
 #include "portdata/PDObject.h"
 #include "render/Font.h"
 #include "scene/Node.h"
 
-class CFx;
-class CFxParameter;
 class CNodeInfo;
 class CPortColor;
 class CPortInt;
@@ -20,31 +18,20 @@ class CPortObject;
 class CPortString;
 class CPortTexture;
 class CPortVector;
-class CTexture;
-struct FxTechniqueRecord;
 
-class CFontEffectNode : public CNode, public CPDObject, public CPDEffect {
+class CFontEffectNode : public CNode, public CPDObject, public CComposedEffect {
  public:
   // SrcBlend, DstBlend, CullMode.
   static void AddBlendPorts(CNodeInfo *info);
   // In1, Color1..3, Shader, Texture1, Texture2 and the out-port Object.
   static void AddShaderPorts(CNodeInfo *info);
 
-  ~CFontEffectNode() override;
   bool Init() override;
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   void AddToDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera) override;
 
   PassHandle Begin() override;
-  void BeginPass(PassHandle pass) override;
-  PassHandle NextPass(PassHandle pass) override;
-  void EndPass(PassHandle pass) override;
-  void End() override;
-  void SetLight(int, const float *) override {}
-  void SetColor(const float *color) override;
-  void SetMatrix(int index, const CMatrix &matrix) override;
-  void Commit() override;
 
   CFont &Font() { return m_Font; }
   const std::string &ComposedText() const { return m_ComposedText; }
@@ -64,7 +51,6 @@ class CFontEffectNode : public CNode, public CPDObject, public CPDEffect {
   CPortObject *m_ObjectOut = nullptr;
 
  private:
-  void ReleaseEffect();
   bool TexturesChanged() const;
 
   CPortInt *m_SrcBlend = nullptr;
@@ -75,9 +61,6 @@ class CFontEffectNode : public CNode, public CPDObject, public CPDEffect {
   CPortString *m_Shader = nullptr;
   CPortTexture *m_Textures[2] = {};
 
-  CFx *m_Fx = nullptr;
-  FxTechniqueRecord *m_Technique = nullptr;
-  CFxParameter *m_Handles[H_Count] = {};
   std::string m_ComposedText;
   ShaderTextures m_Composed;
   int m_ComposedDimensions[2] = {};
@@ -85,7 +68,5 @@ class CFontEffectNode : public CNode, public CPDObject, public CPDEffect {
   float m_In1Value[3] = {};
   float m_Color[3][4] = {{1, 1, 1, 1}, {1, 1, 1, 1}, {1, 1, 1, 1}};
   float m_Time = 0;
-  float m_ItemColor[4] = {1, 1, 1, 1};
-  CTexture *m_BeginTextures[2] = {};
   CEffectStates m_States;
 };

@@ -87,8 +87,9 @@ TEST(TextNodes, LiveThroughFramesAndDrawWithFontsOrWithout) {
         list.Draw(&render);
       }
       node->InvalidateDevice(&render);
-      if (!s.assets && node->m_Info->m_TypeName != "MatrixTrails")
+      if (!s.assets && node->m_Info->m_TypeName != "MatrixTrails") {
         EXPECT_NE(log.LastError().find("Unable to load"), std::string::npos) << log.LastError();
+      }
     }
   }
 }
