@@ -81,6 +81,9 @@ void CMatrixTrailsNode::Update(float, FrameInfo *frame) {
 
 void CMatrixTrailsNode::Rebuild(int columns, int rows) {
   m_Rows = rows;
+  // A private generator, seeded from the shared one: a run seeded alike
+  // repeats, and the trails show even where nothing seeded the shared one.
+  SeedRandomState(m_Random, NextRandom(SharedRandom()));
   m_Columns.assign(columns, {});
   for (int i = 0; i < columns; ++i) SetUpColumn(m_Columns[i], i, columns);
   m_Quads.SetSize(rows * columns);
@@ -103,7 +106,7 @@ void CMatrixTrailsNode::SetUpColumn(CMatrixColumn &column, int index, int count)
   column.head = 0;
   column.cells.assign(m_Rows, {});
   // Columns start in different phases.
-  const int steps = static_cast<int>(RandomRange(0, static_cast<float>(m_Rows)));
+  const int steps = static_cast<int>(RandomUnsigned(m_Random) * m_Rows);
   for (int s = 0; s < steps; ++s) Step(column, column.delay);
 }
 
@@ -111,7 +114,7 @@ void CMatrixTrailsNode::Step(CMatrixColumn &column, float dt) {
   for (auto &cell : column.cells) cell.alpha = std::clamp(cell.alpha - column.fade * dt, 0.0f, 1.0f);
   column.timer -= dt;
   // A stalled column doesn't catch up for more than a moment.
-  if (column.timer < -1.0f) column.timer = -column.delay * RandomRange(0, 1);
+  if (column.timer < -1.0f) column.timer = -column.delay * RandomUnsigned(m_Random);
   const int chars = std::max(m_NumChars->m_Value, 1);
   for (int n = 0; n < m_Rows && column.timer <= 0; ++n) {
     column.timer += column.delay;
@@ -121,10 +124,10 @@ void CMatrixTrailsNode::Step(CMatrixColumn &column, float dt) {
       ReadTimes(column);
     }
     int &c = column.cells[column.head].character;
-    c = static_cast<int>(RandomRange(0, 1) * chars) % chars;
+    c = static_cast<int>(RandomUnsigned(m_Random) * chars) % chars;
     // A new character differs from the one before; a few draws are enough.
     for (int tries = 0; tries < 16 && column.head != 0 && chars > 1 && c == previous; ++tries)
-      c = static_cast<int>(RandomRange(0, 1) * chars) % chars;
+      c = static_cast<int>(RandomUnsigned(m_Random) * chars) % chars;
     column.cells[column.head].alpha = 1.0f;
   }
 }

@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "core/Random.h"
 #include "portdata/PDObject.h"
 #include "render/RenderQuads.h"
 #include "scene/Node.h"
@@ -64,5 +65,6 @@ class CMatrixTrailsNode : public CNode, public CPDObject {
 
   std::vector<CMatrixColumn> m_Columns;
   int m_Rows = 0;
+  RandomState m_Random;
   CRenderQuads m_Quads;
 };
