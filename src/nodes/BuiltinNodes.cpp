@@ -37,6 +37,9 @@
 #include "nodes/sound/SoundTextureNode.h"
 #include "nodes/sound/SpectrumNode.h"
 #include "nodes/sound/WaveformNode.h"
+#include "nodes/text/ClockNode.h"
+#include "nodes/text/MatrixTrailsNode.h"
+#include "nodes/text/TextWriterNode.h"
 #include "nodes/texture/BlurNode.h"
 #include "nodes/texture/CopyTextureNode.h"
 #include "nodes/texture/ExpressionTextureNode.h"
@@ -78,6 +81,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CNTBlur::CreateInfo,
     &CRenderToTextureNode::CreateInfo,
     &CRenderRectNode::CreateInfo,
+    &CMatrixTrailsNode::CreateInfo,
     &CLineBounceNode::CreateInfo,
     &CDelayedTransformNode::CreateInfo,
     &CParticlesNode::CreateInfo,
@@ -101,6 +105,8 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CConeNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
+    &CClockNode::CreateInfo,
+    &CTextWriterNode::CreateInfo,
     &CGalaxyNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
     &CNoiseTextureNode::CreateInfo,

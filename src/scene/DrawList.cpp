@@ -1,5 +1,7 @@
 #include "scene/DrawList.h"
 
+#include <algorithm>
+
 #include "portdata/PDEffect.h"
 #include "portdata/PDMesh.h"
 #include "portdata/PDObject.h"
@@ -113,5 +115,19 @@ void CDrawList::Draw(CRender *render) {
       effect->EndPass(pass);
     }
     effect->End();
+  }
+}
+
+void AppendObjectItems(CDrawList &list, CDrawItemList &parents, const CCamera *camera, CPDObject *object,
+                       CPDEffect *effect) {
+  if (!effect) return;
+  for (CDrawItem *parent = parents.first; parent; parent = parent->next) {
+    CDrawItem *item = list.NewItem();
+    item->matrix = parent->matrix;
+    std::copy_n(parent->color, 4, item->color);
+    item->m_Object = object;
+    item->m_Effect = effect;
+    item->m_Camera = camera;
+    parent->children.Append(item);
   }
 }

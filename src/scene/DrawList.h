@@ -75,3 +75,9 @@ class CDrawList {
   std::vector<Group> m_Groups;  // reused between frames
   size_t m_GroupCount = 0;
 };
+
+// Gives each parent a child that draws `object` with `effect`, with the
+// parent's matrix and color: how a node that draws a batch of its own joins
+// the frame. A null effect adds nothing.
+void AppendObjectItems(CDrawList &list, CDrawItemList &parents, const CCamera *camera, CPDObject *object,
+                       CPDEffect *effect);

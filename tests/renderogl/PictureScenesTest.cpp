@@ -14,11 +14,14 @@
 #include <utility>
 #include <vector>
 
+#include <unistd.h>
+
 #include "core/Paths.h"
 #include "engine/SceneLayered.h"
 #include "engine/Velmor.h"
 #include "nodes/BuiltinNodes.h"
 #include "nodes/effect/FxNode.h"
+#include "render/Font.h"
 #include "renderogl/GLTestSupport.h"
 #include "scene/Scene.h"
 #include "support/TempDir.h"
@@ -322,4 +325,47 @@ TEST_F(Pictures, LayeredPostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
   ExpectAt(pictures.back(), {{kWidth / 2, kHeight / 5}}, {0, 128, 0});
   ExpectAt(pictures.back(), {{kWidth / 2, kHeight * 4 / 5}, {2, 2}}, {128, 0, 0});
   layered.InvalidateDevice(&m_Window->render);
+}
+
+// A word written by TextWriter, placed straight in clip space by its shader,
+// lights pixels only inside the box that the font lays it out in.
+TEST_F(Pictures, TextWriterWordLightsOnlyItsLaidOutBox) {
+  char cwd[4096];
+  ASSERT_NE(getcwd(cwd, sizeof(cwd)), nullptr);
+  ASSERT_EQ(chdir(VELMOR_SOURCE_ROOT "/assets"), 0);  // where the fonts are
+  const char kClipShader[] =
+      "struct PSInput{float4 hpos:POSITION;float4 diffuse:COLOR0;float2 tex:TEXCOORD0;};"
+      "PSInput VS_Program(VSInput vi){PSInput pi;pi.hpos=float4(vi.pos.xy,0.0,1.0);pi.tex=vi.tex;"
+      "pi.diffuse=vi.col;return pi;}"
+      "float4 PS_Program(PSInput pi):COLOR{float4 c=tex2D(texfont,pi.tex);c.a=smoothstep(0.475,0.525,c.a);"
+      "return c*pi.diffuse;}";
+  auto pictures = Play(R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 0 1"/>
+    <Node Type="RenderObject" Name="Object1"/><Node Type="TextWriter" Name="Text1" TextLines="Hi!" TextAlign="0"
+     Pos="-0.7 -0.3 0" UseCharsPerSec="false" CharExpressionTime="0" CullMode="0" Shader=")" +
+                           std::string(kClipShader) + "\"/>",
+                       R"(<Connection Out="Clear1.Render" In="Object1.Render"/>
+    <Connection Out="Object1.Render" In="Screen1.Render"/><Connection Out="Text1.Object" In="Object1.Object"/>)",
+                       2);
+  CFont font;
+  font.SetFont("nodedata/fonts/font1.fnt", 8);
+  font.WriteLines(-0.7f, -0.3f, 0, "Hi!", 3, 0);
+  EXPECT_EQ(chdir(cwd), 0);
+  ASSERT_EQ(font.Batch().Count(), 3);
+  float x0 = 1, x1 = -1, y0 = 1, y1 = -1;
+  for (int q = 0; q < 3; ++q)
+    for (const VertexPCT &v : font.Batch().Quads()[q].v) {
+      x0 = std::min(x0, v.x), x1 = std::max(x1, v.x), y0 = std::min(y0, v.y), y1 = std::max(y1, v.y);
+    }
+  // Clip space to pixels from the top left, a pixel of slack around the box.
+  const int left = static_cast<int>((x0 + 1) / 2 * kWidth) - 1, right = static_cast<int>((x1 + 1) / 2 * kWidth) + 1;
+  const int top = static_cast<int>((1 - y1) / 2 * kHeight) - 1, bottom = static_cast<int>((1 - y0) / 2 * kHeight) + 1;
+  int inside = 0, outside = 0;
+  for (int y = 0; y < kHeight; ++y)
+    for (int x = 0; x < kWidth; ++x) {
+      const Rgb p = At(pictures.back(), x, y);
+      if (p[0] + p[1] + p[2] < 3 * 128) continue;
+      (x >= left && x <= right && y >= top && y <= bottom ? inside : outside)++;
+    }
+  EXPECT_GT(inside, 30);
+  EXPECT_EQ(outside, 0) << "box " << left << ".." << right << " x " << top << ".." << bottom;
 }

@@ -70,7 +70,7 @@ CNodeInfo *CShaderNode::CreateInfo() {
 
 CShaderNode::CShaderNode() : m_Eval(std::make_unique<CExprEvaluator>()) {}
 
-CShaderNode::~CShaderNode() { ReleaseEffect(); }
+CShaderNode::~CShaderNode() = default;
 
 bool CShaderNode::Init() {
   m_DepthTest = InPort<CPortBool>("DepthTest");
@@ -163,78 +163,19 @@ bool CShaderNode::RestoreDevice(CRender *render) {
   }
   m_ComposedText = ComposeShaderText(m_Shader ? m_Shader->m_Value : std::string(), m_Composed);
   if (m_ComposedText.empty()) return true;
-  if (!render->m_FxManager) return false;
-  m_Fx = render->m_FxManager->ParseEffect(m_ComposedText.c_str());
-  if (!m_Fx) return false;
-  m_Technique = m_Fx->GetBestTechnique();
-  if (!m_Technique) return false;
-  for (int h = 0; h < H_Count; ++h) m_Handles[h] = m_Fx->GetNamedParameter(kHandleNames[h]);
-  return true;
+  return CompileEffect(render, m_ComposedText, kHandleNames, H_Count, H_color);
 }
 
 void CShaderNode::InvalidateDevice(CRender *) { ReleaseEffect(); }
 
-void CShaderNode::ReleaseEffect() {
-  delete m_Technique;
-  m_Technique = nullptr;
-  delete m_Fx;
-  m_Fx = nullptr;
-  for (CFxParameter *&h : m_Handles) h = nullptr;
-}
-
 PassHandle CShaderNode::Begin() {
   if (!m_Technique || !m_Render) return nullptr;
-  for (int i = 0; i < 3; ++i) {
-    CPortTexture *port = m_Textures[i];
-    bool bound = port && port->IsConnected() && m_Handles[H_tex1 + i] && port->m_Value;
-    m_BeginTextures[i] = bound ? port->m_Value->GetTexture(m_Render) : nullptr;
-  }
   m_States.Apply(*m_Render, m_SrcBlend, m_DstBlend, m_CullMode);
   for (int v = 0; v < 3; ++v)
     if (m_Handles[H_in1 + v]) m_Handles[H_in1 + v]->SetValuefr(m_In[v], 3);
   for (int c = 0; c < 2; ++c)
     if (m_Handles[H_color1 + c]) m_Handles[H_color1 + c]->SetValuefr(m_Color[c], 4);
   if (m_Handles[H_time]) m_Handles[H_time]->SetValuefr(&m_Time, 1);
-  for (int i = 0; i < 3; ++i) {
-    const CTexture *t = m_BeginTextures[i];
-    if (!t || !m_Handles[H_tex1size + i]) continue;
-    const float size[2] = {static_cast<float>(t->m_Width), static_cast<float>(t->m_Height)};
-    m_Handles[H_tex1size + i]->SetValuefr(size, 2);
-  }
-  for (int i = 0; i < 3; ++i)
-    if (m_Handles[H_tex1 + i]) FxSetupSampler(*m_Fx, *m_Handles[H_tex1 + i], m_BeginTextures[i]);
-  for (int h = H_FastNoise; h <= H_Permutation2d; ++h)
-    if (m_Handles[h]) FxSetupSampler(*m_Fx, *m_Handles[h], FxNoiseTexture(*m_Render, h - H_FastNoise));
+  BindTextures(m_Textures, 3, H_tex1size, H_tex1, H_FastNoise);
   return FxFirstPass(m_Technique);
-}
-
-void CShaderNode::BeginPass(PassHandle pass) {
-  if (m_Fx) FxSetPassState(*m_Fx, pass);
-}
-
-PassHandle CShaderNode::NextPass(PassHandle pass) { return FxNextPass(pass); }
-
-void CShaderNode::EndPass(PassHandle pass) {
-  if (m_Fx) FxResetPassState(*m_Fx, pass);
-}
-
-void CShaderNode::End() {
-  for (CTexture *&t : m_BeginTextures) {
-    // Only pooled textures (a Blur's result) go back; others are left alone.
-    if (t && m_Render) m_Render->ReleaseTexture(t);
-    t = nullptr;
-  }
-}
-
-void CShaderNode::SetColor(const float *color) { std::copy_n(color, 4, m_ItemColor); }
-
-void CShaderNode::SetMatrix(int, const CMatrix &matrix) {
-  if (m_Fx) std::copy_n(matrix.m, 16, m_Fx->m_World);
-}
-
-void CShaderNode::Commit() {
-  if (!m_Fx || !m_Render) return;
-  if (m_Handles[H_color]) m_Handles[H_color]->SetValuefr(m_ItemColor, 4);
-  FxSetMatrixParameters(*m_Fx, *m_Render);
-  FxCommitChanges(*m_Fx);
 }

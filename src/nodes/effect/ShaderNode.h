@@ -6,14 +6,12 @@
 
 #include <memory>
 
+#include "nodes/effect/ComposedEffect.h"
 #include "nodes/effect/EffectStates.h"
 #include "nodes/effect/ShaderText.h"
-#include "portdata/PDEffect.h"
 #include "scene/Node.h"
 
 class CExprEvaluator;
-class CFx;
-class CFxParameter;
 class CNodeInfo;
 class CPortBool;
 class CPortColor;
@@ -22,10 +20,8 @@ class CPortInt;
 class CPortString;
 class CPortTexture;
 class CPortVector;
-class CTexture;
-struct FxTechniqueRecord;
 
-class CShaderNode : public CNode, public CPDEffect {
+class CShaderNode : public CNode, public CComposedEffect {
  public:
   static CNodeInfo *CreateInfo();
   CShaderNode();
@@ -37,18 +33,9 @@ class CShaderNode : public CNode, public CPDEffect {
   void InvalidateDevice(CRender *render) override;
 
   PassHandle Begin() override;
-  void BeginPass(PassHandle pass) override;
-  PassHandle NextPass(PassHandle pass) override;
-  void EndPass(PassHandle pass) override;
-  void End() override;
-  void SetLight(int, const float *) override {}
-  void SetColor(const float *color) override;
-  void SetMatrix(int index, const CMatrix &matrix) override;
-  void Commit() override;
 
   // The effect text of the last RestoreDevice; empty when there was none.
   const std::string &ComposedText() const { return m_ComposedText; }
-  CFx *GetFx() const { return m_Fx; }
   // The inputs as the shader receives them, after the expression.
   const float *In(int index) const { return m_In[index]; }
   const float *Color(int index) const { return m_Color[index]; }
@@ -62,7 +49,6 @@ class CShaderNode : public CNode, public CPDEffect {
   };
 
  private:
-  void ReleaseEffect();
   void RunExpression(const FrameInfo &frame);
   bool TexturesChanged() const;
 
@@ -80,9 +66,6 @@ class CShaderNode : public CNode, public CPDEffect {
   CPortTexture *m_Textures[3] = {};
   CPortEffect *m_EffectOut = nullptr;
 
-  CFx *m_Fx = nullptr;
-  FxTechniqueRecord *m_Technique = nullptr;
-  CFxParameter *m_Handles[H_Count] = {};
   std::string m_ComposedText;
   ShaderTextures m_Composed;        // samplers declared for the last text
   int m_ComposedDimensions[3] = {};  // dimensions of what was connected then
@@ -90,8 +73,6 @@ class CShaderNode : public CNode, public CPDEffect {
   float m_In[3][3] = {};
   float m_Color[2][4] = {{1, 1, 1, 1}, {1, 1, 1, 1}};
   float m_Time = 0;
-  float m_ItemColor[4] = {1, 1, 1, 1};
-  CTexture *m_BeginTextures[3] = {};
 
   // The expression's variables; perm and permrand live as long as the node.
   struct Variables {

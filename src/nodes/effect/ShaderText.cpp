@@ -1,5 +1,7 @@
 #include "nodes/effect/ShaderText.h"
 
+#include <algorithm>
+
 #include "fx/FxText.h"
 #include "portdata/PDTexture.h"
 #include "scene/PortPointers.h"
@@ -9,9 +11,7 @@ const char *const kFastNoiseFunctions[] = {"_noisefast", "_noisegradientfast", "
                                            "_ridgedmffast"};
 
 // Engine values a text may use, declared only when it names them.
-const struct {
-  const char *name, *declaration;
-} kDeclarations[] = {
+const ShaderDeclaration kDeclarations[] = {
     {"gWIT", "float4x4 gWIT:WORLDINVERSETRANSPOSE;\n"},
     {"gWVP", "float4x4 gWVP:WORLDVIEWPROJECTION;\n"},
     {"gVI", "float4x4 gVI:VIEWINVERSE;\n"},
@@ -56,7 +56,12 @@ int ConnectedTextureDimension(const CPortTexture *port) {
   return texture ? texture->m_Mode : 0;
 }
 
-std::string ComposeShaderText(const std::string &userText, ShaderTextures &textures) {
+const ShaderTextRecipe &ShaderNodeRecipe() {
+  static const ShaderTextRecipe recipe{kDeclarations, 3, kVertexInput, false};
+  return recipe;
+}
+
+std::string ComposeShaderText(const std::string &userText, ShaderTextures &textures, const ShaderTextRecipe &recipe) {
   for (int &d : textures.dimensions) d = 0;
   if (userText.empty()) return {};
   std::string prefix;
@@ -70,15 +75,15 @@ std::string ComposeShaderText(const std::string &userText, ShaderTextures &textu
   prefix += "sampler2D gPermutation2dSampler = sampler_state { MinFilter = Point; MagFilter = Point; WrapS = Repeat; "
             "WrapT = Repeat; };\n";
   prefix += GetShaderHeader();
-  for (const auto &d : kDeclarations) AddDeclaration(userText, prefix, d.name, d.declaration);
-  for (int i = 0; i < 3; ++i) {
+  for (const auto &d : recipe.declarations) AddDeclaration(userText, prefix, d.name, d.declaration);
+  for (int i = 0; i < std::min(recipe.samplers, 3); ++i) {
     const CPDTexture *texture = ConnectedTexture(textures.ports[i]);
     FxTextureInfo info;
     if (texture) info = {texture->m_Mode, static_cast<unsigned>(texture->m_Flags)};
     textures.dimensions[i] = AddSampler(userText, prefix, texture ? &info : nullptr, kSamplerNames[i]);
   }
-  prefix += kVertexInput;
+  prefix += recipe.tail;
   std::string text = prefix + userText;
-  if (text.find("technique") == std::string::npos) text += kDefaultTechnique;
+  if (recipe.alwaysAppendTechnique || text.find("technique") == std::string::npos) text += kDefaultTechnique;
   return text;
 }
