@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "render/Font.h"
-#include "render/FontLoader.h"
+#include "portdata/Font.h"
+#include "portdata/FontLoader.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FILE *file = fmemopen(const_cast<uint8_t *>(data), size, "rb");

@@ -21,7 +21,7 @@
 #include "engine/Velmor.h"
 #include "nodes/BuiltinNodes.h"
 #include "nodes/effect/FxNode.h"
-#include "render/Font.h"
+#include "portdata/Font.h"
 #include "renderogl/GLTestSupport.h"
 #include "scene/Scene.h"
 #include "support/TempDir.h"

@@ -1,6 +1,6 @@
 #include "nodes/object/BatchObjectNode.h"
 
-#include "render/BatchRender.h"
+#include "portdata/BatchRender.h"
 #include "scene/BatchDrawList.h"
 #include "scene/PortPointers.h"
 

@@ -6,7 +6,7 @@
 #include "nodes/CloneGrid.h"
 #include "nodes/object/ObjectCopies.h"
 #include "portdata/PDObject.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 #include "scene/Node.h"
 
 class CExprEvaluator;

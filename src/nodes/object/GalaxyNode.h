@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "nodes/object/BatchObjectNode.h"
-#include "render/RenderPoints.h"
+#include "portdata/RenderPoints.h"
 
 class CNodeInfo;
 class CPortFloat;

@@ -4,7 +4,7 @@
 
 #include "nodes/object/BatchObjectNode.h"
 #include "render/Matrix.h"
-#include "render/RenderLines.h"
+#include "portdata/RenderLines.h"
 
 class CNodeInfo;
 class CPortBool;

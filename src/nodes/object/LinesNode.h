@@ -4,7 +4,7 @@
 
 #include "nodes/object/BatchObjectNode.h"
 #include "render/Matrix.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 
 class CNodeInfo;
 class CPortColor;

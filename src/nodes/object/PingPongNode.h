@@ -1,7 +1,7 @@
 #pragma once
 
 #include "portdata/PDObject.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 #include "scene/Node.h"
 
 class CNodeInfo;

@@ -4,9 +4,9 @@
 
 #include "portdata/PDObject.h"
 #include "render/Matrix.h"
-#include "render/RenderLines.h"
-#include "render/RenderPoints.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderLines.h"
+#include "portdata/RenderPoints.h"
+#include "portdata/RenderQuads.h"
 #include "scene/Node.h"
 #include "scene/PortValues.h"
 

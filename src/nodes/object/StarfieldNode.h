@@ -4,7 +4,7 @@
 
 #include "nodes/object/BatchObjectNode.h"
 #include "render/Matrix.h"
-#include "render/RenderPoints.h"
+#include "portdata/RenderPoints.h"
 
 class CNodeInfo;
 class CPortColor;

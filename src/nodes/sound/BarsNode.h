@@ -1,7 +1,7 @@
 #pragma once
 
 #include "nodes/object/BatchObjectNode.h"
-#include "render/RenderLines.h"
+#include "portdata/RenderLines.h"
 
 class CNodeInfo;
 class CPortColor;

@@ -8,7 +8,7 @@
 #include "nodes/effect/EffectStates.h"
 #include "nodes/effect/ShaderText.h"
 #include "portdata/PDObject.h"
-#include "render/Font.h"
+#include "portdata/Font.h"
 #include "scene/Node.h"
 
 class CNodeInfo;

@@ -7,7 +7,7 @@
 
 #include "core/Random.h"
 #include "portdata/PDObject.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 #include "scene/Node.h"
 
 class CNodeInfo;

@@ -1,10 +1,10 @@
-#include "render/FontLoader.h"
+#include "portdata/FontLoader.h"
 
 #include <cstring>
 #include <vector>
 
 #include "core/Log.h"
-#include "render/Font.h"
+#include "portdata/Font.h"
 
 namespace {
 const uint8_t kMagic[4] = {'B', 'M', 'F', 3};

@@ -1,4 +1,4 @@
-#include "render/Font.h"
+#include "portdata/Font.h"
 
 #include <FreeImage.h>
 
@@ -7,7 +7,7 @@
 
 #include "core/Log.h"
 #include "render/DeviceCheck.h"
-#include "render/FontLoader.h"
+#include "portdata/FontLoader.h"
 #include "render/RenderTypes.h"
 #include "render/Resources.h"
 

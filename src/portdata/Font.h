@@ -15,7 +15,7 @@
 
 #include "portdata/PDObject.h"
 #include "render/Render.h"
-#include "render/RenderQuads.h"
+#include "portdata/RenderQuads.h"
 
 class CTexture;
 

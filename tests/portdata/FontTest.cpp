@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-#include "render/Font.h"
+#include "portdata/Font.h"
 #include "support/LogCapture.h"
 #include "support/TempDir.h"
 
