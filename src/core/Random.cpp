@@ -44,9 +44,7 @@ uint32_t StartSeed() {
   return static_cast<uint32_t>(GetClock().UnixSeconds());
 }
 
-float RandomRange(RandomState &state, float min, float max) {
-  uint32_t w = NextRandom(state);
+float RandomRange(float min, float max) {
+  uint32_t w = NextRandom(g_Shared);
   return (max - min) * static_cast<float>(w) * 2.3283064e-10f + min;
 }
-
-float RandomRange(float min, float max) { return RandomRange(g_Shared, min, max); }

@@ -36,5 +36,3 @@ uint32_t StartSeed();
 
 // (max - min) * w * 2.3283064e-10 + min, in single precision, from the shared generator.
 float RandomRange(float min, float max);
-// The same draw from a state of the caller's.
-float RandomRange(RandomState &state, float min, float max);

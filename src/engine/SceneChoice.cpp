@@ -1,6 +1,9 @@
 #include "engine/SceneChoice.h"
 
 namespace {
+// RandomRange(0, max), drawn from the caller's state.
+float Draw(RandomState &random, float max) { return max * static_cast<float>(NextRandom(random)) * 2.3283064e-10f; }
+
 // The position of the first entry for which `stop` holds (walking from the
 // head), or the count.
 template <typename Stop>
@@ -17,7 +20,7 @@ void PickRandom(const std::vector<SceneChoiceEntry> &scenes, const SceneChoiceRe
                 SceneChoice &out) {
   out.totalProbability = 0.0f;
   for (const SceneChoiceEntry &s : scenes) out.totalProbability += s.weight;
-  out.offset = RandomRange(random, 0.0f, out.totalProbability);
+  out.offset = Draw(random, out.totalProbability);
   float left = out.offset;
   const SceneChoiceEntry *lastPassed = nullptr;
   out.index = Walk(scenes, [&](const SceneChoiceEntry &s) {
@@ -34,7 +37,7 @@ void PickRandom(const std::vector<SceneChoiceEntry> &scenes, const SceneChoiceRe
     if (s.neighbourOfActive) total += s.weight;
   if (total <= 0.0f) return;
   out.totalProbability = total;
-  out.offset = RandomRange(random, 0.0f, total);
+  out.offset = Draw(random, total);
   left = out.offset;
   out.index = Walk(scenes, [&](const SceneChoiceEntry &s) {
     if (!s.neighbourOfActive) return false;

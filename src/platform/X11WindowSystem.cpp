@@ -183,6 +183,7 @@ class CX11WindowSystem final : public IWindowSystem {
     Cursor cursor = windowSpec.hideCursor ? BlankCursor(w) : 0;
     if (cursor) XDefineCursor(m_Display, w, cursor);
     m_Windows.push_back({w, static_cast<Window>(windowSpec.owner), attr.colormap, cursor});
+    AddOwnX11Resource(w);
     if (windowSpec.visible) XMapRaised(m_Display, w);
     XSync(m_Display, False);
     return static_cast<WindowHandle>(w);
@@ -201,6 +202,7 @@ class CX11WindowSystem final : public IWindowSystem {
     XFreeColormap(m_Display, owned.colormap);
     if (owned.cursor) XFreeCursor(m_Display, owned.cursor);
     XSync(m_Display, False);
+    RemoveOwnX11Resource(owned.window);
   }
 
   bool GetClientRect(WindowHandle window, PlatformRect &out) override {

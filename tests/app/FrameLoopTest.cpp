@@ -234,7 +234,7 @@ TEST_F(FrameLoop, AnotherScreensaverPausesTheVisualizerWithoutAJump) {
 }
 
 TEST_F(FrameLoop, HostDrivenModeRendersThroughTheApplication) {
-  host.m_Mode = MODE_HostDriven;
+  host.SetMode(MODE_HostDriven);
   host.m_MaxFps = 30;
   Frames(3, 1.0 / 30.0);
   EXPECT_EQ(app.renders, 3);
@@ -245,7 +245,7 @@ TEST_F(FrameLoop, HostDrivenModeRendersThroughTheApplication) {
 TEST_F(FrameLoop, RecordModeRunsOnAFixedClockAndWritesFifteenSeconds) {
   FakeRecorder recorder;
   host.SetMovieRecorder(&recorder);
-  host.m_Mode = MODE_Record;
+  host.SetMode(MODE_Record);
   EXPECT_TRUE(host.RunApp());
   EXPECT_EQ(recorder.movie, "movie.avi");
   EXPECT_TRUE(recorder.ended);

@@ -38,10 +38,10 @@ class Project : public testing::Test {
     return dir.Write(name, "<Velmor><Project " + wanted + "/><Transitions><Transition Name=\"T\"><Nodes/></Transition></Transitions><Scenes>" +
                                scenes + "</Scenes>" + pools + "</Velmor>");
   }
-  StartRequest Request(const std::string &file, int mode = 2) {
+  StartRequest Request(const std::string &file, int mode = MODE_FullScreen) {
     StartRequest r;
     r.file = file;
-    r.mode = mode;
+    r.settings = SettingsFor(mode, APPTYPE_Screensaver);
     return r;
   }
   std::vector<std::string> Names() const {
@@ -98,11 +98,17 @@ TEST_F(Project, FallsBackToTheDefaultProjectAndFailsWhenThatIsMissingToo) {
   CVelmor second;
   EXPECT_TRUE(second.Start(r));
   EXPECT_EQ(second.ActiveSceneName(), "three");
-  EXPECT_TRUE(std::filesystem::is_directory(dir / "user/projects"));
+
+  // Without the fall-back the file named is the one reported.
+  CVelmor named;
+  StartRequest scene = Request(dir.Write("cut.vms", "<Velmor><Scenes><Sce"), MODE_Test);
+  scene.fallBack = false;
+  EXPECT_FALSE(named.Start(scene));
+  EXPECT_EQ(log.LastError(), "Unable to load scene file \"" + (dir / "cut.vms") + "\".");
 }
 
 TEST_F(Project, ASceneFileOnTheCommandLinePlaysAlone) {
-  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/two.vms", 3)));
+  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/two.vms", MODE_Test)));
   EXPECT_FALSE(engine.m_IsProject);
   EXPECT_EQ(Names(), std::vector<std::string>{"two"});
   EXPECT_EQ(engine.ActiveSceneName(), "two");
@@ -111,7 +117,7 @@ TEST_F(Project, ASceneFileOnTheCommandLinePlaysAlone) {
 
 TEST_F(Project, LayerListsOnTheCommandLineAndInProjects) {
   LogCapture log;
-  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms;[apppath]scenes/post.vms", 3)));
+  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms;[apppath]scenes/post.vms", MODE_Test)));
   auto *layered = dynamic_cast<CSceneLayered *>(engine.m_ActiveScene);
   ASSERT_NE(layered, nullptr);
   EXPECT_EQ(layered->GetName(), "bg-fg-post");
@@ -120,7 +126,7 @@ TEST_F(Project, LayerListsOnTheCommandLineAndInProjects) {
 
   // One ";" only: the last field is the whole list and fails; the background plays alone.
   CVelmor single;
-  ASSERT_TRUE(single.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms", 3)));
+  ASSERT_TRUE(single.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms", MODE_Test)));
   layered = dynamic_cast<CSceneLayered *>(single.m_ActiveScene);
   ASSERT_NE(layered, nullptr);
   EXPECT_NE(layered->m_Background, nullptr);
