@@ -5,6 +5,7 @@
 #include "core/FakeClock.h"
 #include "core/Paths.h"
 #include "core/Random.h"
+#include "engine/LayerTestSupport.h"
 #include "engine/SceneLayered.h"
 #include "engine/Velmor.h"
 #include "scene/Scene.h"
@@ -15,10 +16,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-std::string SceneText(const std::string &name) {
-  return "<Velmor><Transitions/><Scenes><Scene Name=\"" + name +
-         "\"><Nodes/><Connections/><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>";
-}
+std::string SceneText(const std::string &name) { return LayerSceneText({name, {}, {}, "", ""}); }
 
 class Project : public testing::Test {
  protected:
