@@ -119,6 +119,7 @@ TEST_F(Project, LayerListsOnTheCommandLineAndInProjects) {
   auto *layered = dynamic_cast<CSceneLayered *>(engine.m_ActiveScene);
   ASSERT_NE(layered, nullptr);
   EXPECT_EQ(layered->GetName(), "bg-fg-post");
+  EXPECT_FLOAT_EQ(layered->m_RandomProbability, 0.25f);
   EXPECT_FLOAT_EQ(engine.m_SceneRunTime, 10000.0f);
   EXPECT_EQ(layered->m_Foreground->m_SceneType, static_cast<uint32_t>(SCENE_Foreground));
 

@@ -142,16 +142,3 @@ TEST_F(Scheduler, PresetsListStandaloneScenesAndFindSceneMatchesExactly) {
   EXPECT_FALSE(engine.RemoveScene("[apppath]scenes/B.vms", "B"));
   EXPECT_EQ(log.LastError(), "Delete failed. Unable to find 'B' from '[apppath]scenes/B.vms'");
 }
-
-// Which layered entries are neighbours is pinned in LayerCombinationTest.
-TEST(LayeredScene, NamesAndFilesJoinTheLayers) {
-  CScene a, b;
-  a.m_Name = "a";
-  a.m_File = "a.vms";
-  b.m_Name = "b";
-  b.m_File = "b.vms";
-  CSceneLayered ab(&a, &b, nullptr);
-  EXPECT_EQ(ab.GetFile(), "a.vms;b.vms;");
-  EXPECT_EQ(ab.GetName(), "a-b-");
-  EXPECT_FLOAT_EQ(ab.m_RandomProbability, 0.25f);
-}
