@@ -114,5 +114,6 @@ int RunRender(int argc, char **argv) {
 
 VELMOR_TOOL_COMMAND(render, "render", 4,
                     "FILE --time T [--size WxH] [--seed N] [--frames N --fps F] -o OUT.png",
-                    "run a scene or project to time T and draw it into a PNG (a numbered sequence with --frames)",
+                    "run a scene, layered list or project to time T and draw it into a PNG "
+                    "(a numbered sequence with --frames)",
                     RunRender);
