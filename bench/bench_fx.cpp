@@ -50,7 +50,7 @@ void TextToGlsl(benchmark::State &state, const std::string &text) {
 CRenderOGL *GLRender() {
   static CRenderOGL *render = [] {
     auto *r = new CRenderOGL;
-    if (r->Init() && r->CreateScreen(3, 0, false) && r->Initialize3DEnvironment(3) && !r->m_Failed) return r;
+    if (r->Init() && r->CreateScreen(MODE_Test, 0, false) && r->Initialize3DEnvironment(MODE_Test) && !r->m_Failed) return r;
     return static_cast<CRenderOGL *>(nullptr);
   }();
   return render;

@@ -8,7 +8,7 @@
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/install-deps.sh"
-bash "$root/scripts/build.sh" release
+bash "$root/scripts/build.sh" release --target velmor  # the program alone: tests and benchmarks wait for who runs them
 velmor="$root/build/release/src/app/velmor"
 cd "$root/assets"  # the installation tree the program runs from
 if [ -n "${DISPLAY:-}" ]; then

@@ -18,9 +18,6 @@
 
 namespace {
 constexpr int kMouseThreshold = 5;
-constexpr uintptr_t kSysClose = 0xF060, kSysNextWindow = 0xF040, kSysPrevWindow = 0xF050, kSysScreenSave = 0xF140,
-                    kSysMonitorPower = 0xF170;
-constexpr uintptr_t kSuspend = 4, kResumeSuspend = 7;
 
 // A message box has no place in a screensaver on this desktop: the text
 // goes where a user looking for it will find it.
@@ -41,6 +38,7 @@ CAppTypeScreensaver::CAppTypeScreensaver(CUserApp3d *userApp, RendererMaker make
   m_Render = nullptr;
   m_MaxFps = 30.0f;
   m_AppType = APPTYPE_Screensaver;
+  SetMode(m_Mode);
 }
 
 CAppTypeScreensaver::~CAppTypeScreensaver() {
@@ -62,6 +60,7 @@ bool CAppTypeScreensaver::CreateRenderer() {
   }
   m_Render = m_OwnedRender.get();
   m_Render->SetClient(m_UserApp);
+  SetMode(m_Mode);  // hands the settings to the renderer
   // Window-system events become window messages, and closing the program
   // takes its windows down through the renderer.
   if (auto *win = dynamic_cast<CRenderWin *>(m_Render); win && win->GetWindowSystem()) {
@@ -77,7 +76,7 @@ bool CAppTypeScreensaver::CreateRenderer() {
 bool CAppTypeScreensaver::Init(const std::string &commandLine) {
   TRACE_SCOPE_LOGGED("CAppTypeScreensaver::Init");
   const CommandLine cl = ParseCommandLine(commandLine);
-  m_Mode = cl.mode;
+  SetMode(cl.mode);
   m_ParentWindow = cl.parentWindow;
   m_File = cl.file;
   m_MovieFile = cl.movieFile;
@@ -138,7 +137,7 @@ int CAppTypeScreensaver::Run() {
 int CAppTypeScreensaver::RunSaver() {
   m_MouseMoves = 0;
   if (!m_Render || !m_Render->Initialize3DEnvironment(m_Mode)) return 0;
-  if (m_Mode != MODE_FullScreen && m_Render->m_Failed) ReportFailure("Failed to init screensaver");
+  if (m_Settings.showsFailures && m_Render->m_Failed) ReportFailure("Failed to init screensaver");
   m_StartMs = GetClock().Milliseconds();
   m_NextPicture = 0.0;
   RunApp();
@@ -161,7 +160,7 @@ void CAppTypeScreensaver::ToggleFullscreen() {
   m_Render->DestroyScreen();
   m_DoPostQuit = true;
   if (fromTest) m_UserApp->ReactivateScene();
-  m_Mode = fromTest ? MODE_FullScreen : MODE_Test;
+  SetMode(fromTest ? MODE_FullScreen : MODE_Test);
   if (!m_Render->CreateScreen(m_Mode, 0, true)) {
     LogError("Unable to create window(s)");
     return;
@@ -209,42 +208,6 @@ intptr_t CAppTypeScreensaver::WinProc(WindowHandle window, uint32_t message, uin
         InterruptSaver();
       }
       break;
-    case WM_SETCURSOR:
-      if (m_Mode == MODE_FullScreen) return 1;  // full-screen windows carry no cursor
-      break;
-    case WM_ERASEBKGND:
-      return (m_Render && m_Render->IsRenderWindow(window)) ? 1 : 0;
-    case WM_SYSCOMMAND:
-      if (m_Mode != MODE_FullScreen) break;
-      switch (wparam & 0xFFF0) {
-        case kSysClose:
-        case kSysNextWindow:
-        case kSysPrevWindow:
-        case kSysScreenSave: return 0;
-        case kSysMonitorPower:
-          if (lparam == 1 || lparam == 2) {
-            Log("SC_MONITORPOWER %ld detected. Pausing screensaver", static_cast<long>(lparam));
-            m_Paused = true;
-          } else {
-            Log("SC_MONITORPOWER -1 detected. Resuming screensaver");
-            m_Paused = false;
-          }
-          break;
-        default: break;
-      }
-      break;
-    case WM_POWERBROADCAST:
-      if (wparam == kSuspend) {
-        Log("PBT_APMSUSPEND detected. Pausing screensaver.");
-        m_Paused = true;
-        return 1;
-      }
-      if (wparam == kResumeSuspend) {
-        Log("PBT_APMRESUMESUSPEND detected. Resuming screensaver.");
-        m_Paused = false;
-        return 1;
-      }
-      break;
     case WM_TIMER:
       m_PreviewWaiting = false;
       m_PreviewTimer = false;
@@ -267,10 +230,17 @@ void CAppTypeScreensaver::BeforeFrame() {
   auto *win = dynamic_cast<CRenderWin *>(m_Render);
   if (!win || !win->GetWindowSystem()) return;
   const PowerState power = win->GetWindowSystem()->GetPowerState();
-  if (power == POWER_Unknown) return;
+  if (power != POWER_Unknown) MonitorPower(power);
+}
+
+void CAppTypeScreensaver::MonitorPower(PowerState power) {
   const bool asleep = power != POWER_On;
-  if (asleep != m_Paused)
-    WinProc(m_Render->GetWindowHandle(0), WM_SYSCOMMAND, kSysMonitorPower, asleep ? 2 : -1);
+  if (m_Mode != MODE_FullScreen || asleep == m_Paused) return;
+  if (asleep)
+    Log("SC_MONITORPOWER %ld detected. Pausing screensaver", power == POWER_Off ? 2L : 1L);
+  else
+    Log("SC_MONITORPOWER -1 detected. Resuming screensaver");
+  m_Paused = asleep;
 }
 
 double CAppTypeScreensaver::Seconds() const { return (GetClock().Milliseconds() - m_StartMs) / 1000.0; }
@@ -285,13 +255,12 @@ void CAppTypeScreensaver::Screenshot(const std::string &path) {
 void CAppTypeScreensaver::AfterFrame() {
   if (m_ScreenshotPending) {
     m_ScreenshotPending = false;
-    std::string name = m_UserApp->GetScreenshotName();
-    Screenshot(JoinPath(JoinPath(m_UserPath, "Screenshots"), name.empty() ? "velmor.png" : name));
+    // With no scene playing the name is empty: the picture is named by its date alone.
+    Screenshot(JoinPath(m_UserPath, "Screenshots") + "/" + m_UserApp->GetScreenshotName());
   }
   if (!m_PictureFolder.empty() && Seconds() >= m_NextPicture) {
     m_NextPicture += m_PictureEvery;
-    std::string name = m_UserApp->GetScreenshotName();
-    Screenshot(JoinPath(m_PictureFolder, name.empty() ? "velmor.png" : name));
+    Screenshot(m_PictureFolder + "/" + m_UserApp->GetScreenshotName());
   }
   if (m_RunSeconds > 0.0 && Seconds() >= m_RunSeconds) {
     m_RunSeconds = 0.0;

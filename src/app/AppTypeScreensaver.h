@@ -9,6 +9,7 @@
 
 #include "app/AppTypeWin.h"
 #include "app/CommandLine.h"
+#include "platform/X11WindowSystem.h"
 
 class CSerialize;
 
@@ -29,6 +30,9 @@ class CAppTypeScreensaver : public CAppTypeWin {
   intptr_t WinProc(WindowHandle window, uint32_t message, uintptr_t wparam, intptr_t lparam) override;
   void Serialize(CSerialize &serializer);
 
+  // Monitors put to sleep pause the drawing, waking resumes it (full screen
+  // only); the server's power state is polled about once a second.
+  void MonitorPower(PowerState power);
   void BeforeFrame() override;
   void AfterFrame() override;
 

@@ -10,7 +10,7 @@
 #include "core/Random.h"
 #include "platform/Desktop.h"
 #include "platform/MessageQueue.h"
-#include "render/Render.h"
+#include "render/RenderWin.h"
 
 CAppTypeWin *g_AppType = nullptr;
 
@@ -36,6 +36,12 @@ CAppTypeWin::~CAppTypeWin() {
   if (g_AppType == this) g_AppType = nullptr;
 }
 
+void CAppTypeWin::SetMode(int mode) {
+  m_Mode = mode;
+  m_Settings = SettingsFor(mode, m_AppType);
+  if (auto *win = dynamic_cast<CRenderWin *>(m_Render)) win->m_Settings = m_Settings;
+}
+
 void CAppTypeWin::ShutdownApp() {
   WindowHandle first = m_Render ? m_Render->GetWindowHandle(0) : 0;
   WinProc(first, WM_CLOSE, 0, 0);
@@ -52,8 +58,6 @@ intptr_t CAppTypeWin::WinProc(WindowHandle window, uint32_t message, uintptr_t w
       if (m_Render) m_Render->Cleanup3DEnvironment();
       m_Desktop->DestroyWindow(window);
       return 0;
-    case WM_ERASEBKGND:
-      return 1;
     default:
       break;
   }
@@ -69,7 +73,7 @@ bool CAppTypeWin::RunApp() {
   m_UserApp->Update(0.0001f);
 
   bool recording = false;
-  if (m_Mode == MODE_Record) {
+  if (m_Settings.recording) {
     if (m_MovieFile.empty()) m_MovieFile = "movie.avi";
     if (m_Recorder) recording = m_Recorder->StartMovie(m_MovieFile);
   }
@@ -87,7 +91,7 @@ bool CAppTypeWin::RunApp() {
     if (m_Paused) {
       if (m_Render) m_Render->Render3DEnvironment(true);
       GetClock().Sleep(10);
-    } else if (m_Mode == MODE_Record) {
+    } else if (m_Settings.recording) {
       RunRecordFrame(recordTime, lastStill);
     } else {
       RunFrame();
@@ -126,7 +130,7 @@ void CAppTypeWin::RunFrame() {
     m_TimeAccumulator = 0.0f;
   }
 
-  if (m_Mode == MODE_HostDriven) {
+  if (m_Settings.hostPresents) {
     m_UserApp->Render();
     m_UserApp->FrameFinished();
     ++m_FrameCount;

@@ -7,31 +7,13 @@
 #include <string>
 
 #include "app/FrameTimer.h"
+#include "core/RunMode.h"
 #include "platform/WindowMessage.h"
 
 class CUserApp3d;
 class CRender;
 class IDesktop;
 class IMovieRecorder;
-
-enum AppMode {
-  MODE_Config = 0,
-  MODE_Preview = 1,
-  MODE_FullScreen = 2,
-  MODE_Test = 3,
-  MODE_Password = 4,
-  MODE_HostChild = 5,
-  MODE_Record = 6,
-  MODE_Screenshot = 7,
-  MODE_HostDriven = 8,
-};
-
-enum AppType {
-  APPTYPE_Default = 0,
-  APPTYPE_Screensaver = 1,
-  APPTYPE_Editor = 5,
-  APPTYPE_ConfigTool = 6,
-};
 
 constexpr int FRAME_RING = 128;
 
@@ -62,8 +44,12 @@ class CAppTypeWin {
   void SetMovieRecorder(IMovieRecorder *recorder) { m_Recorder = recorder; }
   CUserApp3d *GetUserApp() const { return m_UserApp; }
 
+  // Changes the mode and what follows from it for the other layers.
+  void SetMode(int mode);
+
   int m_AppType = APPTYPE_Default;
   int m_Mode = MODE_FullScreen;
+  RunSettings m_Settings = SettingsFor(MODE_FullScreen, APPTYPE_Default);
   WindowHandle m_ParentWindow = 0;
   std::string m_MovieFile;
   std::string m_File;

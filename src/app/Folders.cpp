@@ -16,7 +16,7 @@ bool IsDir(const fs::path &p) {
 }  // namespace
 
 AppFolders FindAppFolders(const std::string &executable, const std::string &currentDir, const char *xdgConfigHome,
-                          const char *home) {
+                          const char *home, const std::string &builtData) {
   AppFolders f;
   const fs::path exeDir = fs::path(executable).parent_path();
   const fs::path installed = exeDir.parent_path() / "share" / "velmor";
@@ -24,6 +24,8 @@ AppFolders FindAppFolders(const std::string &executable, const std::string &curr
     f.appPath = installed.string();
   else if (!executable.empty() && IsDir(exeDir / "nodes"))
     f.appPath = exeDir.string();
+  else if (!builtData.empty() && IsDir(fs::path(builtData) / "nodes"))
+    f.appPath = builtData;
   else
     f.appPath = currentDir;
 
@@ -45,11 +47,23 @@ AppFolders FindAppFolders(const std::string &executable, const std::string &curr
   return f;
 }
 
-AppFolders SetUpAppFolders() {
+namespace {
+#ifndef VELMOR_BUILT_DATA
+#define VELMOR_BUILT_DATA ""
+#endif
+
+AppFolders FindOwnFolders(const char *xdgConfigHome, const char *home) {
   std::error_code ec;
   const std::string exe = fs::read_symlink("/proc/self/exe", ec).string();
   const std::string cwd = fs::current_path(ec).string();
-  AppFolders f = FindAppFolders(exe, cwd, getenv("XDG_CONFIG_HOME"), getenv("HOME"));
+  return FindAppFolders(exe, cwd, xdgConfigHome, home, VELMOR_BUILT_DATA);
+}
+}  // namespace
+
+std::string ThisInstallation() { return FindOwnFolders(nullptr, nullptr).appPath; }
+
+AppFolders SetUpAppFolders() {
+  AppFolders f = FindOwnFolders(getenv("XDG_CONFIG_HOME"), getenv("HOME"));
   if (chdir(f.appPath.c_str()) != 0) LogError("Unable to change dir");
   SetAppPaths(f.appPath, f.userPath);
   StartLog(JoinPath(f.userPath, "log.txt").c_str());

@@ -1,6 +1,7 @@
 #include "app/VelmorApp.h"
 
 #include <cstdio>
+#include <filesystem>
 
 #include "app/AppTypeWin.h"
 #include "core/Log.h"
@@ -24,10 +25,7 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
     g_Sound.m_CaptureSound = capture || g_Sound.Capture().Source();
     g_Sound.m_MaxSilenceTime = maxSilence;
   };
-  if (g_AppType) {
-    engine->m_HostAppType = g_AppType->m_AppType;
-    engine->m_HostMode = g_AppType->m_Mode;
-  }
+  if (g_AppType) engine->m_Settings = g_AppType->m_Settings;
   return engine;
 }
 
@@ -37,6 +35,8 @@ CVelmorApp::~CVelmorApp() { Free(); }
 
 bool CVelmorApp::Init() {
   TRACE_SCOPE_LOGGED("CVelmorApp::Init");
+  std::error_code ignored;  // an existing folder is no error
+  std::filesystem::create_directories(JoinPath(UserPath(), "projects"), ignored);
   if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
   if (!m_Engine) return false;
   if (g_AppType) m_Engine->SetRender(g_AppType->m_Render);
@@ -44,7 +44,7 @@ bool CVelmorApp::Init() {
   request.projectFile = m_ProjectFile;
   request.isScreensaver = m_IsScreensaver;
   if (g_AppType) {
-    request.mode = g_AppType->m_Mode;
+    request.settings = g_AppType->m_Settings;
     request.file = g_AppType->m_File;
   }
   return m_Engine->Start(request);

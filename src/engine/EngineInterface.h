@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "core/RunMode.h"
 #include "platform/WindowMessage.h"
 
 class CRender;
@@ -11,10 +12,13 @@ class CSerialize;
 
 // What the program was asked to play, from the command line and config.
 struct StartRequest {
-  int mode = 2;               // the host's m_Mode
+  RunSettings settings;       // what the host's mode means for playing
   std::string file;           // a file named on the command line
   std::string projectFile;    // the project configured
   bool isScreensaver = true;  // false selects the visualizer defaults
+  // A file that can't be loaded gives way to the default project; without
+  // the fall-back it is an error naming that file.
+  bool fallBack = true;
 };
 
 class IVelmorEngine {

@@ -15,8 +15,6 @@
 
 namespace {
 constexpr int kMenuFirstScene = 0x94D4;
-
-bool IsVisualizerHost(int appType) { return appType >= 7 && appType <= 9; }
 }  // namespace
 
 CVelmor::CVelmor() : m_Stats(&m_NoStats), m_Commands(&m_NoCommands) {
@@ -52,11 +50,8 @@ void CVelmor::Free() {
 
 bool CVelmor::Update(float dt) {
   TRACE_SCOPE("CVelmor::Update");
-  if (!IsVisualizerHost(m_HostAppType) && m_UpdateSound) m_UpdateSound();
-
-  const bool timed = m_AutoGotoNextScene && ((m_HostMode >= 1 && m_HostMode <= 3) ||
-                                             (IsVisualizerHost(m_HostAppType) && m_HostMode == 5));
-  if (timed) {
+  if (m_Settings.feedsSound && m_UpdateSound) m_UpdateSound();
+  if (m_AutoGotoNextScene && m_Settings.timedScenes) {
     ++m_UpdateCount;
     const float elapsed = static_cast<float>(GetClock().Milliseconds() - m_SceneStartTime) / 1000.0f;
     const int change = m_RandomizeScene ? CHANGE_Random : CHANGE_Next;
@@ -109,58 +104,19 @@ CSceneBase *CVelmor::ActivateAnotherScene(int mode, int index, bool activate, bo
   m_SceneRunTime = RandomRange(static_cast<float>(m_SceneMinRunTime), static_cast<float>(m_SceneMaxRunTime));
   if (m_Scenes.empty()) return nullptr;
   const int count = static_cast<int>(m_Scenes.size());
-  float offset = 0.0f;
-
-  switch (mode) {
-    case CHANGE_Next:
-      m_SceneIndex = (m_SceneIndex + 1) % count;
-      break;
-    case CHANGE_Previous:
-      m_SceneIndex = m_SceneIndex == 0 ? count - 1 : (m_SceneIndex - 1) % count;
-      break;
-    case CHANGE_Random: {
-      m_TotalProbability = 0.0f;
-      for (const auto &s : m_Scenes) m_TotalProbability += s->m_RandomProbability;
-      m_SceneIndex = 0;
-      offset = RandomRange(0.0f, m_TotalProbability);
-      float left = offset;
-      const CSceneBase *lastPassed = nullptr;
-      for (const auto &s : m_Scenes) {
-        if (left < s->m_RandomProbability) break;
-        left -= s->m_RandomProbability;
-        lastPassed = s.get();
-        ++m_SceneIndex;
-      }
-      // Between layered scenes prefer a neighbour that keeps a layer.
-      const auto *active = dynamic_cast<const CSceneLayered *>(m_ActiveScene);
-      if (lastPassed && lastPassed->m_IsLayered && active && !tooSlow) {
-        auto isCandidate = [&](const CSceneBase *s) {
-          const auto *l = dynamic_cast<const CSceneLayered *>(s);
-          return l && l != active && l->IsNeighbour(active);
-        };
-        float total = 0.0f;
-        for (const auto &s : m_Scenes)
-          if (isCandidate(s.get())) total += s->m_RandomProbability;
-        if (total > 0.0f) {
-          m_TotalProbability = total;
-          m_SceneIndex = 0;
-          offset = RandomRange(0.0f, total);
-          left = offset;
-          for (const auto &s : m_Scenes) {
-            if (isCandidate(s.get())) {
-              left -= s->m_RandomProbability;
-              if (left < 0.0f) break;
-            }
-            ++m_SceneIndex;
-          }
-        }
-      }
-      break;
-    }
-    default:
-      m_SceneIndex = index <= 0 ? 0 : (index >= count - 1 ? count - 1 : index);
-      break;
+  const auto *active = dynamic_cast<const CSceneLayered *>(m_ActiveScene);
+  std::vector<SceneChoiceEntry> entries;
+  entries.reserve(m_Scenes.size());
+  for (const auto &s : m_Scenes) {
+    const auto *layered = dynamic_cast<const CSceneLayered *>(s.get());
+    entries.push_back({s->m_RandomProbability, s->m_IsLayered,
+                       layered && active && layered != active && layered->IsNeighbour(active)});
   }
+  const SceneChoice choice =
+      ChooseScene(entries, {mode, index, m_SceneIndex, active != nullptr, tooSlow}, SharedRandom(), m_TotalProbability);
+  m_SceneIndex = choice.index;
+  m_TotalProbability = choice.totalProbability;
+  const float offset = choice.offset;
 
   int at = m_SceneIndex < 0 ? 0 : (m_SceneIndex >= count ? count - 1 : m_SceneIndex);
   auto it = m_Scenes.begin();
@@ -209,24 +165,20 @@ CSceneBase *CVelmor::FindScene(const std::string &file, const std::string &name,
 }
 
 int CVelmor::StandaloneIndex(int presetIndex) const {
-  int seen = 0, i = 0, last = -1;
+  int seen = 0, i = 0;
   for (const auto &s : m_Scenes) {
-    if (!s->m_IsLayered) {
-      if (seen++ == presetIndex) return i;
-      last = i;
-    }
+    if (!s->m_IsLayered && seen++ == presetIndex) return i;
     ++i;
   }
-  return last;
+  return -1;
 }
 
 void CVelmor::GetPresetName(int index, char *out) {
   out[0] = 0;
+  if (m_Scenes.empty()) return;
+  // Past the end: the last entry of the play list, layered or not.
   int at = StandaloneIndex(index);
-  if (at < 0) {
-    if (m_Scenes.empty()) return;
-    at = static_cast<int>(m_Scenes.size()) - 1;
-  }
+  if (at < 0) at = static_cast<int>(m_Scenes.size()) - 1;
   auto it = m_Scenes.begin();
   std::advance(it, at);
   std::string name = (*it)->GetName();

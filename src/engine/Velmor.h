@@ -9,6 +9,8 @@
 
 #include "engine/EngineInterface.h"
 #include "engine/EngineServices.h"
+#include "engine/SceneChoice.h"
+#include "core/RunMode.h"
 #include "scene/NodeFactory.h"
 
 class CSceneBase;
@@ -17,13 +19,6 @@ class CSceneLayered;
 class CTransition;
 class CSerialize;
 class CSerializeXMLLoad;
-
-enum SceneChangeMode {
-  CHANGE_Next = 0,
-  CHANGE_Previous = 1,
-  CHANGE_Random = 2,
-  CHANGE_Index = 3,
-};
 
 class CVelmor : public IVelmorEngine {
  public:
@@ -96,10 +91,9 @@ class CVelmor : public IVelmorEngine {
   bool m_NodesRegistered = false;
   float m_TotalProbability = 0.0f;
 
-  // The host's kind and mode (they decide scene timing and who feeds sound),
-  // and the renderer that device objects live on.
-  int m_HostAppType = 0;
-  int m_HostMode = 2;
+  // What the host's mode means here (scene timing, who feeds sound), and
+  // the renderer that device objects live on.
+  RunSettings m_Settings;
   CRender *m_Render = nullptr;
   // Parts reached through hooks: sound analysis, statistics, host commands,
   // effect node registration, and the sound settings.
@@ -110,7 +104,6 @@ class CVelmor : public IVelmorEngine {
   ICommandRunner *m_Commands;
 
  private:
-  bool LoadProjectDocument(const std::string &path, CSerializeXMLLoad &load);
   void LoadSerialized(CSerialize &s);
   void StoreSerialized(CSerialize &s);
   void AddCompactEntry(std::unique_ptr<CScene> scene);

@@ -1,8 +1,5 @@
 // Projects: choosing what to play at start, reading and writing project and
 // scene documents, and the play list operations a host drives.
-#include <filesystem>
-#include <tinyxml.h>
-
 #include "core/Clock.h"
 #include "core/Log.h"
 #include "core/Paths.h"
@@ -10,6 +7,7 @@
 #include "engine/SceneLayered.h"
 #include "engine/Velmor.h"
 #include "scene/Scene.h"
+#include "scene/SceneDocument.h"
 #include "scene/SerializeXML.h"
 
 namespace {
@@ -28,12 +26,6 @@ std::vector<std::string> SplitLayers(const std::string &list) {
   return tokens;
 }
 
-const TiXmlElement *FindSceneElement(const TiXmlDocument &doc) {
-  const TiXmlElement *root = doc.FirstChildElement("Velmor");
-  const TiXmlElement *scenes = root ? root->FirstChildElement("Scenes") : nullptr;
-  return scenes ? scenes->FirstChildElement("Scene") : nullptr;
-}
-
 template <typename T>
 void RemoveFailed(std::list<std::unique_ptr<T>> &list, const std::function<void(const CScene *)> &onDrop) {
   for (auto it = list.begin(); it != list.end();) {
@@ -48,25 +40,19 @@ void RemoveFailed(std::list<std::unique_ptr<T>> &list, const std::function<void(
 }
 }  // namespace
 
-bool CVelmor::LoadProjectDocument(const std::string &path, CSerializeXMLLoad &load) {
-  return load.Load(ResolvePath(path));
-}
-
 bool CVelmor::Start(const StartRequest &req) {
   TRACE_SCOPE_LOGGED("CVelmor::Start");
-  std::error_code ignored;  // an existing folder is no error
-  std::filesystem::create_directories(JoinPath(UserPath(), "projects"), ignored);
   if (!req.isScreensaver) {
     m_SceneMinRunTime = 10;
     m_SceneMaxRunTime = 30;
   }
   if (!Init()) return false;
-  m_HostMode = req.mode;
+  m_Settings = req.settings;
   const std::string defaultName = req.isScreensaver ? "screensaver.vmp" : "music.vmp";
-  if (req.mode == 3 || req.mode == 6) m_AutoGotoNextScene = true;
+  if (m_Settings.alwaysAdvanceScenes) m_AutoGotoNextScene = true;
 
-  const bool layeredStart = (req.mode == 3 && Contains(req.file, ";") && !Contains(req.file, ".vmp")) ||
-                            (req.mode == 6 && Contains(req.file, ";"));
+  const bool layeredStart = m_Settings.playsLayeredLists && Contains(req.file, ";") &&
+                            (m_Settings.recording || !Contains(req.file, ".vmp"));
   if (layeredStart) {
     m_ActiveScene = LoadLayered(req.file);
     m_UpdateCount = 0;
@@ -83,13 +69,16 @@ bool CVelmor::Start(const StartRequest &req) {
     Log("Project file is empty. Using \"%s\" instead", path.c_str());
   }
   CSerializeXMLLoad load;
-  if (!LoadProjectDocument(path, load)) {
+  if (!LoadSceneDocument(path, load)) {
+    if (!req.fallBack)
+      return Contains(path, ".vmp") ? LogError("Unable to load \"%s\"", path.c_str())
+                                    : LogError("Unable to load scene file \"%s\".", path.c_str());
     Log("Unable to load \"%s\" falling back to default project file", path.c_str());
     projectFile = "projects/" + defaultName;
-    if (!LoadProjectDocument(projectFile, load)) return LogError("Unable to load \"%s\"", projectFile.c_str());
+    if (!LoadSceneDocument(projectFile, load)) return LogError("Unable to load \"%s\"", projectFile.c_str());
     path = projectFile;
   }
-  if ((req.mode == 6 || !req.file.empty()) && !Contains(path, ".vmp")) m_IsProject = false;
+  if ((m_Settings.recording || !req.file.empty()) && !Contains(path, ".vmp")) m_IsProject = false;
   Serialize(load);
   return true;
 }
@@ -164,8 +153,7 @@ void CVelmor::LoadSerialized(CSerialize &s) {
   if (!anyPool) {
     for (auto &entry : m_Scenes)
       if (entry->m_IsLayered) entry->Init();
-  } else if (m_HostAppType != 5 && m_HostAppType != 6) {
-    // An editor or configuration tool edits the pools as they are.
+  } else if (m_Settings.buildsCombinations) {
     BuildCombinations();
   }
 
@@ -243,20 +231,15 @@ void CVelmor::StoreSerialized(CSerialize &s) {
 }
 
 CScene *CVelmor::LoadScene(const std::string &path) {
-  TiXmlDocument doc;
-  if (!doc.LoadFile(ResolvePath(path).c_str())) {
-    LogError("Failed to load '%s'. File missing.", path.c_str());
-    return nullptr;
-  }
-  const TiXmlElement *element = FindSceneElement(doc);
-  if (!element) {
-    LogError("Failed to load '%s'. Scene corrupt/invalid.", path.c_str());
-    return nullptr;
+  CSerializeXMLLoad load;
+  switch (LoadFirstScene(path, load)) {
+    case SCENEDOC_Unreadable: LogError("Failed to load '%s'. File missing.", path.c_str()); return nullptr;
+    case SCENEDOC_NoScene: LogError("Failed to load '%s'. Scene corrupt/invalid.", path.c_str()); return nullptr;
+    case SCENEDOC_Ok: break;
   }
   auto *scene = new CScene;
   scene->m_Factory = &*m_NodeFactory;
   scene->m_File = path;
-  CSerializeXMLLoad load(doc, element);
   scene->Serialize(load);
   return scene;
 }

@@ -87,6 +87,9 @@ class CGlxContext final : public IGLContext {
     const GLXWindow drawable = window ? DrawableOf(window) : 0;
     if (window && !drawable) return false;
     Bool ok = glXMakeContextCurrent(m_Display, drawable, drawable, window ? m_Context : nullptr);
+    // A window the desktop destroyed first: nothing to draw into, and
+    // nothing wrong with us.
+    if (!ok && (X11ResourceLost(window) || X11ResourceLost(drawable))) return true;
     return ok && !trap.Failed();
   }
 
@@ -120,7 +123,11 @@ class CGlxContext final : public IGLContext {
     if (glXGetCurrentContext() == m_Context) glXMakeCurrent(m_Display, None, nullptr);
     glXDestroyContext(m_Display, m_Context);
     m_Context = nullptr;
-    for (const auto &[window, drawable] : m_Drawables) glXDestroyWindow(m_Display, drawable);
+    for (const auto &[window, drawable] : m_Drawables) {
+      glXDestroyWindow(m_Display, drawable);
+      XSync(m_Display, False);  // errors about a drawable gone arrive while it is still known as ours
+      RemoveOwnX11Resource(drawable);
+    }
     m_Drawables.clear();
   }
 
@@ -138,6 +145,7 @@ class CGlxContext final : public IGLContext {
     XSync(m_Display, False);
     if (!drawable || trap.Failed()) return 0;
     m_Drawables[window] = drawable;
+    AddOwnX11Resource(drawable);
     return drawable;
   }
 

@@ -10,6 +10,14 @@
 void InstallX11ErrorHandler();
 unsigned long X11ErrorCount();
 
+// Windows and drawables we made. The desktop may destroy a saver's window
+// before we stop (its normal way of ending us): errors saying that one of
+// these is gone are expected, neither logged nor counted, and the resource
+// is marked lost.
+void AddOwnX11Resource(unsigned long id);
+void RemoveOwnX11Resource(unsigned long id);
+bool X11ResourceLost(unsigned long id);
+
 class CX11ErrorTrap {
  public:
   explicit CX11ErrorTrap(Display *display) : m_Display(display), m_Start(X11ErrorCount()) {}

@@ -183,6 +183,7 @@ class CX11WindowSystem final : public IWindowSystem {
     Cursor cursor = windowSpec.hideCursor ? BlankCursor(w) : 0;
     if (cursor) XDefineCursor(m_Display, w, cursor);
     m_Windows.push_back({w, static_cast<Window>(windowSpec.owner), attr.colormap, cursor});
+    AddOwnX11Resource(w);
     if (windowSpec.visible) XMapRaised(m_Display, w);
     XSync(m_Display, False);
     return static_cast<WindowHandle>(w);
@@ -201,6 +202,7 @@ class CX11WindowSystem final : public IWindowSystem {
     XFreeColormap(m_Display, owned.colormap);
     if (owned.cursor) XFreeCursor(m_Display, owned.cursor);
     XSync(m_Display, False);
+    RemoveOwnX11Resource(owned.window);
   }
 
   bool GetClientRect(WindowHandle window, PlatformRect &out) override {
@@ -303,6 +305,13 @@ class CX11WindowSystem final : public IWindowSystem {
     return std::any_of(m_Windows.begin(), m_Windows.end(), [&](const OwnedWindow &o) { return o.window == w; });
   }
 
+  bool FocusIsOurs() {
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(m_Display, &focus, &revert);
+    return Owns(focus);
+  }
+
   bool Translate(XEvent &e, WindowMessage &out) {
     out = WindowMessage{static_cast<WindowHandle>(e.xany.window), WM_NULL, 0, 0};
     switch (e.type) {
@@ -331,8 +340,17 @@ class CX11WindowSystem final : public IWindowSystem {
         out.message = e.type == KeyPress ? WM_KEYDOWN : WM_KEYUP;
         out.wparam = VirtualKey(XLookupKeysym(&e.xkey, 0));
         return true;
-      case FocusIn: out.message = WM_SETFOCUS; return true;
-      case FocusOut: out.message = WM_KILLFOCUS; return true;
+      case FocusOut:
+        // The program lost the keyboard to another one: a grab (the
+        // desktop's saver takes one while it blanks), the pointer wandering
+        // with focus following it, or focus moving between our own windows
+        // (one per monitor) is no such loss.
+        if (e.xfocus.mode != NotifyNormal || e.xfocus.detail == NotifyPointer ||
+            e.xfocus.detail == NotifyInferior || FocusIsOurs())
+          return false;
+        out.message = WM_ACTIVATEAPP;
+        out.wparam = 0;
+        return true;
       case Expose:
         out.message = WM_PAINT;
         return e.xexpose.count == 0;

@@ -5,19 +5,10 @@
 
 #include "core/Clock.h"
 #include "core/Log.h"
+#include "core/RunMode.h"
 #include "platform/X11WindowSystem.h"
 
 namespace {
-// Start modes, as the host numbers them.
-enum {
-  MODE_Preview = 1,
-  MODE_FullScreen = 2,
-  MODE_Test = 3,
-  MODE_HostChild = 5,
-  MODE_Record = 6,
-  MODE_Screenshot = 7,
-};
-
 CRect ToRect(const PlatformRect &r) { return {r.left, r.top, r.right, r.bottom}; }
 PlatformRect ToPlatform(const CRect &r) { return {r.left, r.top, r.right, r.bottom}; }
 }  // namespace

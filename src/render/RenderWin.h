@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "core/RunMode.h"
 #include "render/Render.h"
 
 class IWindowSystem;
@@ -89,7 +90,8 @@ class CRenderWin : public CRender {
   std::string m_DesktopText;  // "WxHxB" of the desktop, for the usage statistics
   float m_Fps = 0.0f;
   int m_Mode = 0;  // the start mode of the last CreateScreen or Initialize3DEnvironment
-  int m_AppType = 0;
+  // What the host's mode means for drawing, handed over by the host.
+  RunSettings m_Settings;
 
  protected:
   void EnumerateMonitors();

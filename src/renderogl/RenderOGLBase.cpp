@@ -6,15 +6,13 @@
 #include <cstdio>
 
 #include "core/Log.h"
+#include "core/RunMode.h"
 #include "platform/GlxContext.h"
 #include "platform/X11WindowSystem.h"
 #include "renderogl/TextureManager.h"
 #include "scene/Serialize.h"
 
 namespace {
-enum { MODE_Preview = 1, MODE_HostDriven = 8 };
-enum { APPTYPE_Screensaver = 1 };
-
 const char *const kNoGL20Text =
     "This program needs a graphics card with drivers that supports at least OpenGL 2.0\n\nYou probably only need "
     "to update your graphics card driver.\nPlease go to you graphics card vendors web site and download the "
@@ -78,7 +76,7 @@ bool CRenderOGLBase::Init() {
 
 void CRenderOGLBase::ReportError(const char *text) {
   LogError("%s", text);
-  if (m_AppType == APPTYPE_Screensaver && m_Mode != MODE_Preview) return;
+  if (!m_Settings.showsFailures) return;
   fprintf(stderr, "Velmor visualizer: %s\n", text);
 }
 
@@ -131,7 +129,7 @@ bool CRenderOGLBase::InitRenderUnit(CRenderWindow *window, CRenderUnitOGL &unit,
 }
 
 bool CRenderOGLBase::InitOpenGL(CRenderUnitOGL *unit) {
-  bool hosted = m_Mode == MODE_HostDriven;
+  bool hosted = m_Settings.hostPresents;
   if (!hosted) {
     if (!unit || !m_Context || !m_Context->MakeCurrent(unit->m_Window->handle))
       return LogError("wglMakeCurrent failed. LastError: %lx", 0UL);
@@ -184,7 +182,7 @@ bool CRenderOGLBase::ChangeScreenResolution(CMonitor &monitor) {
 
 bool CRenderOGLBase::Initialize3DEnvironment(int mode) {
   m_Mode = mode;
-  if (mode == MODE_HostDriven) {
+  if (m_Settings.hostPresents) {
     InitOpenGL(nullptr);
     SwitchToRenderUnit(0);
     return true;
@@ -230,7 +228,7 @@ bool CRenderOGLBase::Initialize3DEnvironment(int mode) {
 
 bool CRenderOGLBase::SwitchToRenderUnit(int index) {
   CRender::SwitchToRenderUnit(index);
-  if (m_Mode == MODE_HostDriven) return true;
+  if (m_Settings.hostPresents) return true;
   if (index < 0 || index >= m_UnitCount || !m_Units[static_cast<size_t>(index)].m_HasContext) return false;
   const CRenderWindow *window = m_Units[static_cast<size_t>(index)].m_Window;
   if (!window->fullScreen || !window->monitor) {
@@ -287,9 +285,9 @@ void CRenderOGLBase::ReleaseTexture(CTexture *texture) {
 }
 
 void CRenderOGLBase::Cleanup3DEnvironment() {
-  bool current = SwitchToRenderUnit(0) && (m_Mode == MODE_HostDriven || m_UnitCount > 0);
+  bool current = SwitchToRenderUnit(0) && (m_Settings.hostPresents || m_UnitCount > 0);
   if (current && m_Client) m_Client->InvalidateDeviceObjects();
-  if (current || m_Mode == MODE_HostDriven) {
+  if (current || m_Settings.hostPresents) {
     for (CTexture *texture : m_OwnedTextures) {
       texture->Release();
       delete texture;

@@ -2,7 +2,6 @@
 
 #include <cstdio>
 #include <strings.h>
-#include <tinyxml.h>
 
 #include "core/Clock.h"
 #include "core/Log.h"
@@ -10,6 +9,7 @@
 #include "scene/Node.h"
 #include "scene/NodeInfo.h"
 #include "scene/Port.h"
+#include "scene/SceneDocument.h"
 #include "scene/SerializeXML.h"
 
 std::string FormatSceneDate(const SceneDate &d) {
@@ -157,14 +157,11 @@ void CScene::Serialize(CSerialize &s) {
 
 bool CScene::LoadExternal() {
   if (m_File.empty()) return true;
-  std::string path = ResolvePath(Expand(m_File));
-  TiXmlDocument doc;
-  if (!doc.LoadFile(path.c_str())) return LogError("Unable to load scene file \"%s\".", path.c_str());
-  TiXmlElement *root = doc.FirstChildElement("Velmor");
-  TiXmlElement *scenes = root ? root->FirstChildElement("Scenes") : nullptr;
-  TiXmlElement *scene = scenes ? scenes->FirstChildElement("Scene") : nullptr;
-  if (!scene) return false;
-  CSerializeXMLLoad load(doc, scene);
+  const std::string path = Expand(m_File);
+  CSerializeXMLLoad load;
+  const SceneDocumentStatus status = LoadFirstScene(path, load);
+  if (status == SCENEDOC_Unreadable) return LogError("Unable to load scene file \"%s\".", path.c_str());
+  if (status != SCENEDOC_Ok) return false;
   load.m_Mode = SM_File;
   Serialize(load);
   return true;

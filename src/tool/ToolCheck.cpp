@@ -63,6 +63,6 @@ int RunCheck(int argc, char **argv) {
 }  // namespace
 
 VELMOR_TOOL_COMMAND(check, "check", 2, "FILE...",
-                    "load scenes (.vms) and projects (.vmp) with every node type, expression, effect and shader; "
-                    "print FILE: problem, or FILE: ok",
+                    "load scenes (.vms), layered lists (a.vms;b.vms;c.vms) and projects (.vmp) with every node type, "
+                    "expression, effect and shader; print FILE: problem, or FILE: ok",
                     RunCheck);

@@ -23,39 +23,35 @@ int RunEval(int argc, char **argv) {
   if (!TakeOption(args, "--time", time)) return Usage();
   TakeOption(args, "--step", step);
   TakeOption(args, "--seed", seed);
-  CToolSound sound;
-  if (!sound.TakeOption(args)) return 1;
   std::vector<std::string> ports;
   for (std::string port; TakeOption(args, "--port", port);) ports.push_back(port);
+  CToolSound sound;
+  if (!sound.TakeOption(args)) return 1;
   if (args.size() != 1 || ports.empty()) return Usage();
   if (!seed.empty()) SeedSharedRandom(static_cast<uint32_t>(strtoul(seed.c_str(), nullptr, 0)));
 
   CToolErrors log;
   CToolEngine tool;
-  std::vector<CScene *> scenes = tool.Load(args[0]) ? tool.Scenes() : std::vector<CScene *>();
-  if (scenes.empty() || !log.errors.empty()) {
+  CSceneBase *active = tool.Load(args[0]) ? tool.Active() : nullptr;
+  if (!active || !log.errors.empty()) {
     for (const std::string &e : log.errors) fprintf(stderr, "%s: %s\n", args[0].c_str(), e.c_str());
     if (log.errors.empty()) fprintf(stderr, "%s: no scene\n", args[0].c_str());
     return 1;
   }
-  CScene &scene = *scenes.front();
   const float until = static_cast<float>(atof(time.c_str()));
   const float dt = step.empty() ? 0.033333335f : static_cast<float>(atof(step.c_str()));
   if (dt <= 0.0f) return Usage();
   // Warm-up steps count: they advance the scene's time too.
-  while (scene.m_FrameInfo.Time + 1e-6f < until) {
-    sound.AdvanceTo(scene.m_FrameInfo.Time);
-    scene.Update(std::min(dt, until - scene.m_FrameInfo.Time));
+  for (float before = -1.0f; tool.ActiveTime() + 1e-6f < until && tool.ActiveTime() > before;) {
+    before = tool.ActiveTime();
+    sound.AdvanceTo(before);
+    active->Update(std::min(dt, until - before));
   }
 
   int status = 0;
   for (const std::string &address : ports) {
     std::string component;
-    CPort *port = scene.FindInPort(address.c_str(), &component);
-    if (!port) {
-      port = scene.FindOutPort(address.c_str());
-      component.clear();
-    }
+    CPort *port = tool.FindPort(address, component);
     if (!port) {
       fprintf(stderr, "%s: no port \"%s\"\n", args[0].c_str(), address.c_str());
       status = 1;
@@ -69,4 +65,5 @@ int RunEval(int argc, char **argv) {
 }  // namespace
 
 VELMOR_TOOL_COMMAND(eval, "eval", 3, "FILE --time T [--step S] [--seed N] [--audio FILE.wav] --port NODE.PORT...",
-                    "run a scene to time T and print NODE.PORT=VALUE for each port", RunEval);
+                    "run a scene, layered list or project to time T and print NODE.PORT=VALUE for each port",
+                    RunEval);

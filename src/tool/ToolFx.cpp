@@ -15,7 +15,7 @@ namespace {
 // driver's log reaches stderr through the effect error handler.
 int Validate(const char *path) {
   CRenderOGL render;
-  if (!render.Init() || !render.CreateScreen(3, 0, false) || !render.Initialize3DEnvironment(3) || render.m_Failed ||
+  if (!render.Init() || !render.CreateScreen(MODE_Test, 0, false) || !render.Initialize3DEnvironment(MODE_Test) || render.m_Failed ||
       !render.m_FxManager) {
     fprintf(stderr, "fx: no usable OpenGL for --validate: %s\n", GetFirstError());
     render.DestroyScreen();

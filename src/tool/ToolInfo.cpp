@@ -29,7 +29,7 @@ int RunInfo(int argc, char **) {
       printf("  mode %dx%d %d bpp %d Hz\n", mode.width, mode.height, mode.bpp, mode.refreshRate);
   }
   // GL needs a context, and a context needs a window: a hidden test window.
-  if (!render.CreateScreen(3, 0, false) || !render.Initialize3DEnvironment(3) || render.m_Failed) {
+  if (!render.CreateScreen(MODE_Test, 0, false) || !render.Initialize3DEnvironment(MODE_Test) || render.m_Failed) {
     fprintf(stderr, "velmor-tool: no usable OpenGL: %s\n", GetFirstError());
     render.DestroyScreen();
     return 1;

@@ -6,7 +6,6 @@
 
 #include "core/Log.h"
 #include "core/Random.h"
-#include "engine/SceneLayered.h"
 #include "platform/X11WindowSystem.h"
 #include "renderogl/RenderOGL.h"
 #include "scene/Scene.h"
@@ -20,15 +19,6 @@ int Usage() {
           "usage: velmor-tool render FILE --time T [--size WxH] [--seed N] [--audio FILE.wav] -o OUT.png\n"
           "       velmor-tool render FILE --time T --frames N --fps F [--size WxH] [--seed N] [--audio FILE.wav] -o NAME_%%04d.png\n");
   return 2;
-}
-
-// The time of the scene that plays (a layered entry: its first layer's).
-float SceneTime(const CSceneBase *scene) {
-  if (const auto *s = dynamic_cast<const CScene *>(scene)) return s->m_FrameInfo.Time;
-  if (const auto *l = dynamic_cast<const CSceneLayered *>(scene))
-    for (const CScene *layer : {l->m_Background, l->m_Foreground, l->m_Postprocessing})
-      if (layer) return layer->m_FrameInfo.Time;
-  return 0.0f;
 }
 
 class CEngineClient : public CRenderClient {
@@ -48,13 +38,13 @@ class CEngineClient : public CRenderClient {
 
 // Advances the engine to `until` in the engine's steps, drawing each step so
 // that feedback through render targets evolves as it does on screen.
-void RunTo(CVelmor &engine, CRender &render, float until) {
+void RunTo(CToolEngine &tool, CRender &render, float until) {
   constexpr float kStep = 0.033333335f;
-  while (engine.m_ActiveScene && SceneTime(engine.m_ActiveScene) + 1e-5f < until) {
-    const float before = SceneTime(engine.m_ActiveScene);
-    engine.Update(std::min(kStep, until - before));
+  while (tool.Active() && tool.ActiveTime() + 1e-5f < until) {
+    const float before = tool.ActiveTime();
+    tool.engine.Update(std::min(kStep, until - before));
     render.Render3DEnvironment(false);
-    if (SceneTime(engine.m_ActiveScene) <= before) break;  // a scene whose clock stands still
+    if (tool.ActiveTime() <= before) break;  // a scene whose clock stands still
   }
 }
 
@@ -64,10 +54,10 @@ int RunRender(int argc, char **argv) {
   if (!TakeOption(args, "--time", time) || !TakeOption(args, "-o", out)) return Usage();
   TakeOption(args, "--size", size);
   TakeOption(args, "--seed", seed);
-  CToolSound sound;
-  if (!sound.TakeOption(args)) return 1;
   const bool sequence = TakeOption(args, "--frames", frames);
   if (sequence && !TakeOption(args, "--fps", fps)) return Usage();
+  CToolSound sound;
+  if (!sound.TakeOption(args)) return 1;
   int width = 0, height = 0;
   if (args.size() != 1 || sscanf(size.c_str(), "%dx%d", &width, &height) != 2 || width < 1 || height < 2)
     return Usage();
@@ -75,13 +65,12 @@ int RunRender(int argc, char **argv) {
 
   CToolErrors log;
   CToolEngine tool;
-  if (!tool.Load(args[0]) || !tool.engine.m_ActiveScene) {
+  if (!tool.Load(args[0]) || !tool.Active()) {
     for (const std::string &e : log.errors) fprintf(stderr, "%s: %s\n", args[0].c_str(), e.c_str());
     return 1;
   }
-  tool.engine.m_AutoGotoNextScene = false;  // one scene, however long the render
   // Before each step the sound catches up with the scene's clock.
-  tool.engine.m_UpdateSound = [&] { sound.AdvanceTo(SceneTime(tool.engine.m_ActiveScene)); };
+  tool.engine.m_UpdateSound = [&] { sound.AdvanceTo(tool.ActiveTime()); };
 
   // A window of the asked size on the current display, the renderer drawing
   // into it as into a preview.
@@ -95,7 +84,7 @@ int RunRender(int argc, char **argv) {
   }
   CEngineClient client(tool.engine, render);
   render.SetClient(&client);
-  if (!parent || !render.CreateScreen(1, parent, true) || !render.Initialize3DEnvironment(1) || render.m_Failed) {
+  if (!parent || !render.CreateScreen(MODE_Preview, parent, true) || !render.Initialize3DEnvironment(MODE_Preview) || render.m_Failed) {
     fprintf(stderr, "velmor-tool: no OpenGL window to render into: %s\n", GetFirstError());
     return 1;
   }
@@ -107,7 +96,7 @@ int RunRender(int argc, char **argv) {
   const float interval = sequence ? 1.0f / static_cast<float>(atof(fps.c_str())) : 0.0f;
   int status = 0;
   for (int i = 0; i < count; ++i) {
-    RunTo(tool.engine, render, start + interval * static_cast<float>(i));
+    RunTo(tool, render, start + interval * static_cast<float>(i));
     tool.engine.Update(0.0f);
     render.Render3DEnvironment(false);
     char name[4096];
@@ -130,5 +119,6 @@ int RunRender(int argc, char **argv) {
 
 VELMOR_TOOL_COMMAND(render, "render", 4,
                     "FILE --time T [--size WxH] [--seed N] [--frames N --fps F] [--audio FILE.wav] -o OUT.png",
-                    "run a scene or project to time T and draw it into a PNG (a numbered sequence with --frames)",
+                    "run a scene, layered list or project to time T and draw it into a PNG "
+                    "(a numbered sequence with --frames)",
                     RunRender);

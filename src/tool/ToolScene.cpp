@@ -1,8 +1,5 @@
 #include "tool/ToolScene.h"
 
-#include <filesystem>
-#include <unistd.h>
-
 #include "app/Folders.h"
 #include "core/Log.h"
 #include "core/Paths.h"
@@ -10,8 +7,6 @@
 #include "nodes/BuiltinNodes.h"
 #include "nodes/effect/FxNode.h"
 #include "scene/Scene.h"
-
-namespace fs = std::filesystem;
 
 CToolErrors::CToolErrors() {
   SetLogSink(
@@ -24,19 +19,7 @@ CToolErrors::CToolErrors() {
 
 CToolErrors::~CToolErrors() { SetLogSink(nullptr, nullptr); }
 
-namespace {
-// The installation the tool belongs to, found as the program finds its own,
-// without creating a user folder.
-std::string Installation() {
-  std::error_code ec;
-  const std::string exe = fs::read_symlink("/proc/self/exe", ec).string();
-  const std::string cwd = fs::current_path(ec).string();
-  // A built tool is not installed: the current folder is the installation.
-  return FindAppFolders(exe, cwd, nullptr, nullptr).appPath;
-}
-}  // namespace
-
-CToolEngine::Setup::Setup() : installation(Installation()) {
+CToolEngine::Setup::Setup() : installation(ThisInstallation()) {
   SetAppPaths(installation, installation);
   InstallBuiltinNodes();
 }
@@ -51,12 +34,37 @@ CToolEngine::CToolEngine() {
 }
 
 bool CToolEngine::Load(const std::string &file) {
-  std::error_code ec;
+  // The file plays alone, as in the program's test window, but nothing
+  // changes scenes and a file that can't be loaded is the user's to hear of.
   StartRequest request;
-  request.mode = 3;  // a window of its own: the file alone is played
-  request.file = fs::absolute(file, ec).string();
-  if (!fs::exists(request.file, ec)) return LogError("Unable to load \"%s\"", file.c_str());
-  return engine.Start(request);
+  request.settings.timedScenes = false;
+  request.settings.playsLayeredLists = true;
+  request.settings.statisticsAllowed = false;
+  request.file = file;
+  request.fallBack = false;
+  if (!engine.Start(request)) return false;
+  const bool sceneFile = file.find(';') == std::string::npos && file.find(".vmp") == std::string::npos;
+  if (sceneFile && engine.m_Scenes.empty()) return LogError("Unable to load scene file \"%s\".", file.c_str());
+  return true;
+}
+
+CSceneBase *CToolEngine::Active() const { return engine.m_ActiveScene; }
+
+float CToolEngine::ActiveTime() const {
+  if (const auto *s = dynamic_cast<const CScene *>(engine.m_ActiveScene)) return s->m_FrameInfo.Time;
+  if (const auto *l = dynamic_cast<const CSceneLayered *>(engine.m_ActiveScene))
+    for (const CScene *layer : {l->m_Background, l->m_Foreground, l->m_Postprocessing})
+      if (layer) return layer->m_FrameInfo.Time;
+  return 0.0f;
+}
+
+CPort *CToolEngine::FindPort(const std::string &address, std::string &component) const {
+  for (CScene *scene : Scenes()) {
+    if (CPort *port = scene->FindInPort(address.c_str(), &component)) return port;
+    component.clear();
+    if (CPort *port = scene->FindOutPort(address.c_str())) return port;
+  }
+  return nullptr;
 }
 
 std::vector<CScene *> CToolEngine::Scenes() const {

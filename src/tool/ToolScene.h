@@ -7,6 +7,8 @@
 
 #include "engine/Velmor.h"
 
+class CPort;
+
 // The error lines the log gets while an instance lives; with `allLines`
 // set, every line (expressions report their failures as plain lines).
 class CToolErrors {
@@ -19,9 +21,10 @@ class CToolErrors {
   bool allLines = false;
 };
 
-// Finds the installation (the current folder, or the one the tool is
-// installed with), registers every node type, effect files included, and
-// loads a scene (.vms) or project (.vmp) into an engine.
+// Finds the installation as the program does, registers every node type,
+// effect files included, and loads a scene (.vms), a layered list
+// ("bg.vms;fg.vms;post.vms") or a project (.vmp) into an engine. File names
+// are the user's, relative to the current folder; nothing is written.
 class CToolEngine {
   // Runs before the engine exists: the engine's factory registers the
   // built-in types when it is made.
@@ -32,10 +35,16 @@ class CToolEngine {
 
  public:
   CToolEngine();
-  // `file` as the user wrote it; relative to the current folder.
+  // `file` as the user wrote it; false, with the error logged, when it
+  // can't be loaded.
   bool Load(const std::string &file);
   // Every scene the engine holds: play list entries and pool scenes.
   std::vector<CScene *> Scenes() const;
+  // The entry that plays, and its time (a layered entry: its first layer's).
+  CSceneBase *Active() const;
+  float ActiveTime() const;
+  // "Node.Port" (an in-port may name a component) in any of the scenes.
+  CPort *FindPort(const std::string &address, std::string &component) const;
 
   CVelmor engine;
 };

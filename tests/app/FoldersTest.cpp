@@ -17,6 +17,9 @@ TEST(Folders, InstallationIsFoundBesideThePrefixOrTheExecutable) {
   EXPECT_EQ(installed.appPath, dir / "usr/share/velmor");
   EXPECT_EQ(FindAppFolders(dir / "portable/velmor", "/cwd", nullptr, nullptr).appPath, dir / "portable");
   EXPECT_EQ(FindAppFolders(dir / "loose/velmor", "/cwd", nullptr, nullptr).appPath, "/cwd");
+  // Run from its build tree: the data of the sources it was built from, whatever the current folder.
+  EXPECT_EQ(FindAppFolders(dir / "loose/velmor", "/cwd", nullptr, nullptr, dir / "portable").appPath, dir / "portable");
+  EXPECT_EQ(FindAppFolders(dir / "loose/velmor", "/cwd", nullptr, nullptr, dir / "loose").appPath, "/cwd");
   // No per-user folder to be had: everything lives in the installation.
   EXPECT_EQ(installed.userPath, installed.appPath);
   EXPECT_EQ(installed.configFile, "config.xml");

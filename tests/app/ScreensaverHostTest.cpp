@@ -1,6 +1,6 @@
 // The screensaver host: what starts in each mode, which input ends the
-// program in which mode, the preview's settling wait, power changes and
-// the configuration file.
+// program in which mode, the preview's settling wait, monitor power and the
+// configuration file.
 #include "app/AppTypeScreensaver.h"
 #include "app/VelmorApp.h"
 #include "core/FakeClock.h"
@@ -74,11 +74,37 @@ TEST_F(ScreensaverHost, StartFailuresAreReported) {
   EXPECT_FALSE(noProject->Init("/t"));
 }
 
-TEST_F(ScreensaverHost, FullScreenEndsOnTheSixthRealMoveAClickOrAKey) {
+TEST_F(ScreensaverHost, InputEndsTheProgramOnlyInTheModesWhereItShould) {
+  const struct {
+    const char *line, *screen;
+    uint32_t message;
+    uintptr_t wparam;
+    const char *stop;  // the log line of an end, or null: the program goes on
+  } cases[] = {
+      {"/s", "CreateScreen 2", WM_RBUTTONDOWN, 0, "Mouse click detected. Stopping screensaver."},
+      {"/s", "CreateScreen 2", WM_KEYDOWN, 'A', "Keyboard press detected. Stopping screensaver."},
+      {"/s", "CreateScreen 2", WM_KEYDOWN, VK_F9, nullptr},  // a picture, not an end
+      {"/s", "CreateScreen 2", WM_ACTIVATEAPP, 0, "WM_ACTIVATEAPP detected. Stopping screensaver."},
+      {"/p 77", "CreateScreen 1 77", WM_KEYDOWN, 'A', nullptr},  // the desktop closes a preview
+      {"/t", "CreateScreen 3", WM_LBUTTONDOWN, 0, nullptr},
+      {"/t", "CreateScreen 3", WM_ACTIVATEAPP, 0, nullptr},
+      {"/r m.avi s.vms", "CreateScreen 6", WM_KEYDOWN, 'A', nullptr},
+      {"/r m.avi s.vms", "CreateScreen 6", WM_ACTIVATEAPP, 0, "WM_ACTIVATEAPP detected. Stopping screensaver."},
+  };
+  for (const auto &c : cases) {
+    log.lines.clear();
+    auto host = Host(&app);
+    ASSERT_TRUE(host->Init(c.line));
+    EXPECT_EQ(render->Calls(c.screen).size(), 1u) << c.line;
+    host->WinProc(0, c.message, c.wparam, 0);
+    EXPECT_EQ(QuitPosted(), c.stop != nullptr) << c.line << " message " << c.message;
+    EXPECT_TRUE(!c.stop || log.Has(c.stop)) << c.line;
+  }
+}
+
+TEST_F(ScreensaverHost, TheSixthRealMouseMoveEndsFullScreenAndPreviewsOnlyCount) {
   auto host = Host(&app);
   ASSERT_TRUE(host->Init("/s"));
-  EXPECT_EQ(host->m_Mode, MODE_FullScreen);
-  EXPECT_EQ(render->Calls("CreateScreen 2").size(), 1u);
   for (int i = 0; i < 20; ++i) Move(*host, i % 2 * 5, i % 2 * 5);  // jitter within 5 pixels
   EXPECT_EQ(host->m_MouseMoves, 0);
   for (int i = 1; i <= 5; ++i) Move(*host, i * 10, 0);
@@ -86,65 +112,31 @@ TEST_F(ScreensaverHost, FullScreenEndsOnTheSixthRealMoveAClickOrAKey) {
   Move(*host, 60, 3);
   EXPECT_TRUE(log.Has("Mouse movement detected (10 3). Stopping screensaver."));
   EXPECT_TRUE(QuitPosted());
+  host.reset();
 
-  host->WinProc(0, WM_RBUTTONDOWN, 0, 0);
-  EXPECT_TRUE(log.Has("Mouse click detected. Stopping screensaver."));
-  EXPECT_TRUE(QuitPosted());
-  host->WinProc(0, WM_KEYDOWN, VK_F9, 0);  // a picture, not an end
-  EXPECT_FALSE(QuitPosted());
-  host->WinProc(0, WM_KEYDOWN, 'A', 0);
-  EXPECT_TRUE(log.Has("Keyboard press detected. Stopping screensaver."));
-  EXPECT_TRUE(QuitPosted());
-}
-
-TEST_F(ScreensaverHost, PreviewAndTestWindowsOutliveInput) {
   auto preview = Host(&app);
   ASSERT_TRUE(preview->Init("/p 77"));
-  EXPECT_EQ(render->Calls("CreateScreen 1 77").size(), 1u);
   EXPECT_FALSE(preview->m_PreviewWaiting);  // the settling wait ended on its timer
   EXPECT_GE(clock.clock.Milliseconds(), 500u);
   for (int i = 1; i <= 8; ++i) Move(*preview, i * 10, 0);
-  EXPECT_TRUE(log.Has("Mouse movement detected (10 0). Stopping screensaver."));  // counted and logged
-  preview->WinProc(0, WM_KEYDOWN, 'A', 0);
-  EXPECT_FALSE(QuitPosted());  // the system closes a preview, not the user
-  preview.reset();
-
-  auto test = Host(&app);
-  ASSERT_TRUE(test->Init("/t"));
-  test->WinProc(0, WM_LBUTTONDOWN, 0, 0);
-  test->WinProc(0, WM_ACTIVATEAPP, 0, 0);
+  EXPECT_EQ(preview->m_MouseMoves, 8);
   EXPECT_FALSE(QuitPosted());
-  test.reset();
-
-  auto record = Host(&app);
-  ASSERT_TRUE(record->Init("/r m.avi s.vms"));
-  record->WinProc(0, WM_KEYDOWN, 'A', 0);
-  EXPECT_FALSE(QuitPosted());
-  record->WinProc(0, WM_ACTIVATEAPP, 0, 0);  // losing the focus ends a recording
-  EXPECT_TRUE(log.Has("WM_ACTIVATEAPP detected. Stopping screensaver."));
-  EXPECT_TRUE(QuitPosted());
 }
 
-TEST_F(ScreensaverHost, MonitorPowerAndSuspendPauseOnlyWhereTheyShould) {
+TEST_F(ScreensaverHost, SleepingMonitorsPauseFullScreenOnly) {
   auto host = Host(&app);
   ASSERT_TRUE(host->Init("/s"));
-  host->WinProc(0, WM_SYSCOMMAND, 0xF170, 2);
+  host->MonitorPower(POWER_Off);
   EXPECT_TRUE(host->m_Paused);
   EXPECT_TRUE(log.Has("SC_MONITORPOWER 2 detected. Pausing screensaver"));
-  host->WinProc(0, WM_SYSCOMMAND, 0xF170, -1);
+  host->MonitorPower(POWER_On);
   EXPECT_FALSE(host->m_Paused);
-  EXPECT_EQ(host->WinProc(0, WM_SYSCOMMAND, 0xF060, 0), 0);  // close is swallowed
-  EXPECT_EQ(host->WinProc(0, WM_POWERBROADCAST, 4, 0), 1);
-  EXPECT_TRUE(host->m_Paused);
-  EXPECT_EQ(host->WinProc(0, WM_POWERBROADCAST, 7, 0), 1);
-  EXPECT_FALSE(host->m_Paused);
-  EXPECT_TRUE(log.Has("PBT_APMRESUMESUSPEND detected. Resuming screensaver."));
+  EXPECT_TRUE(log.Has("SC_MONITORPOWER -1 detected. Resuming screensaver"));
   host.reset();
-
   auto test = Host(&app);
   ASSERT_TRUE(test->Init("/t"));
-  test->WinProc(0, WM_SYSCOMMAND, 0xF170, 2);
-  EXPECT_FALSE(test->m_Paused);  // monitor power matters in full screen only
+  test->MonitorPower(POWER_Standby);
+  EXPECT_FALSE(test->m_Paused);
 }
 
 TEST_F(ScreensaverHost, ConfigurationSetsTheEngineAndTheRenderer) {

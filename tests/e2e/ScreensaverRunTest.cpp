@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <cstdio>
 
 #include "e2e/VelmorProcess.h"
 // After GoogleTest: Xlib defines None and Bool as macros.
@@ -25,13 +24,8 @@ bool Same(const MonitorRect &a, const MonitorRect &b) {
   return a.x == b.x && a.y == b.y && a.width == b.width && a.height == b.height;
 }
 
-// "Mouse movement detected (DX DY). Stopping screensaver."
-bool IsMouseStop(const std::string &line) {
-  long dx = 0, dy = 0;
-  char rest[64] = {};
-  return sscanf(line.c_str(), "Mouse movement detected (%ld %ld%63[^\n]", &dx, &dy, rest) == 3 &&
-         std::string(rest) == "). Stopping screensaver.";
-}
+// The host tests pin the whole line.
+bool IsMouseStop(const std::string &line) { return line.rfind("Mouse movement detected (", 0) == 0; }
 }  // namespace
 
 TEST(ScreensaverRun, FullScreenOnBothMonitorsUntilTheMouseMoves) {

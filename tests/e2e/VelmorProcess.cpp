@@ -11,12 +11,6 @@
 
 extern char **environ;
 
-namespace {
-// Where the program is run from: the shipped data folder, which it takes as
-// its installation because it holds no installed layout of its own.
-std::string AssetsFolder() { return std::string(VELMOR_SOURCE_ROOT) + "/assets"; }
-}  // namespace
-
 VelmorProcess::~VelmorProcess() {
   if (m_Pid > 0 && m_Status == -1) {
     kill(m_Pid, SIGKILL);
@@ -44,7 +38,9 @@ bool VelmorProcess::Start(const std::vector<std::string> &args, const std::vecto
   for (std::string &e : env) envp.push_back(e.data());
   envp.push_back(nullptr);
   const std::string output = m_Home / "output.txt";
-  const std::string cwd = AssetsFolder();
+  // Run from a folder of the user's: the program finds its data wherever it
+  // is started.
+  const std::string cwd = m_Home.Path();
 
   m_Pid = fork();
   if (m_Pid == 0) {

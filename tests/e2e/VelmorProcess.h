@@ -1,7 +1,7 @@
 #pragma once
-// The built velmor program as a child process: started from the shipped
-// data folder with a private user folder, so its log is the test's to read,
-// and killed if a test leaves it running.
+// The built velmor program as a child process: started in a private user
+// folder, so its log is the test's to read, and killed if a test leaves it
+// running.
 
 #include <chrono>
 #include <string>

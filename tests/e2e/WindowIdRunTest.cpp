@@ -18,8 +18,10 @@ using namespace std::chrono_literals;
 
 constexpr auto kStartup = 20s;
 
-enum Handover { LongOption, ShortOptionHex, RootWithEnvironment };
-const char *const kHandoverNames[] = {"WindowIdDecimal", "WindowIdHex", "RootInXscreensaverWindow"};
+// The last: the desktop's saver destroys its window before it stops us.
+enum Handover { LongOption, ShortOptionHex, RootWithEnvironment, RootWindowDestroyedFirst };
+const char *const kHandoverNames[] = {"WindowIdDecimal", "WindowIdHex", "RootInXscreensaverWindow",
+                                      "RootWindowDestroyedFirst"};
 
 struct Invocation {
   std::vector<std::string> args;
@@ -32,7 +34,8 @@ Invocation HandOver(Handover how, Window window) {
   switch (how) {
     case LongOption: return {{"--window-id", std::to_string(window)}, {}};
     case ShortOptionHex: return {{"-window-id", hex}, {}};
-    case RootWithEnvironment: return {{"-root"}, {std::string("XSCREENSAVER_WINDOW=") + hex}};
+    case RootWithEnvironment:
+    case RootWindowDestroyedFirst: return {{"-root"}, {std::string("XSCREENSAVER_WINDOW=") + hex}};
   }
   return {};
 }
@@ -71,15 +74,25 @@ TEST_P(WindowIdRun, DrawsIntoTheGivenWindowAndEndsOnSigterm) {
   std::this_thread::sleep_for(200ms);
   ASSERT_TRUE(velmor.Running()) << velmor.Output() << Joined(velmor.LogLines());
 
+  const bool destroyed = GetParam() == RootWindowDestroyedFirst;
+  const size_t before = velmor.LogLines().size();
+  if (destroyed) {
+    XDestroyWindow(x.Get(), host);
+    XSync(x.Get(), False);
+  }
   velmor.Signal(SIGTERM);
   ASSERT_TRUE(velmor.WaitForExit(3s)) << "still running 3 s after SIGTERM\n" << Joined(velmor.LogLines());
   EXPECT_TRUE(velmor.ExitedCleanly()) << "status " << velmor.ExitStatus() << "\n" << velmor.Output();
   const std::vector<std::string> log = velmor.LogLines();
+  // The normal end of a saver: no X errors, nothing marked as an error.
+  for (size_t i = before; i < log.size(); ++i)
+    EXPECT_TRUE(log[i].find("X error") == std::string::npos && log[i].find("!ERROR!") == std::string::npos) << log[i];
+  if (destroyed) return;
   EXPECT_TRUE(InOrder(log, kShutdownLines)) << Joined(log);
   // The window belongs to whoever handed it over: it stays, emptied.
   EXPECT_TRUE(x.WindowExists(host));
   EXPECT_TRUE(x.Children(host).empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(Forms, WindowIdRun, testing::Values(LongOption, ShortOptionHex, RootWithEnvironment),
+INSTANTIATE_TEST_SUITE_P(Forms, WindowIdRun, testing::Values(LongOption, ShortOptionHex, RootWithEnvironment, RootWindowDestroyedFirst),
                          [](const testing::TestParamInfo<Handover> &info) { return kHandoverNames[info.param]; });

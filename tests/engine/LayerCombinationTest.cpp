@@ -27,7 +27,6 @@ class LayerCombinations : public testing::Test {
   bool Start(const std::string &project) {
     StartRequest r;
     r.file = project;
-    r.mode = 2;
     return engine.Start(r);
   }
   // Name and weight of each play list entry, in order.
@@ -122,10 +121,10 @@ TEST_F(LayerCombinations, APoolSceneThatFailsToLoadTakesPartInNone) {
 TEST_F(LayerCombinations, EditorsAndConfigurationToolsKeepThePoolsAsTheyAre) {
   const std::string one = Scene("one"), b1 = Scene("b1"), f1 = Scene("f1");
   const std::string project = files.Project({one}, {b1}, {f1});
-  for (int appType : {5, 6}) {
+  for (int appType : {APPTYPE_Editor, APPTYPE_ConfigTool}) {
     CVelmor tool;
-    tool.m_HostAppType = appType;
     StartRequest r;
+    r.settings = SettingsFor(MODE_HostChild, appType);
     r.file = project;
     ASSERT_TRUE(tool.Start(r));
     EXPECT_EQ(tool.m_Scenes.size(), 1u) << "app type " << appType;

@@ -52,50 +52,44 @@ class LayerDraw : public testing::Test {
 };
 }  // namespace
 
-TEST_F(LayerDraw, LayersGoIntoTheTargetThatThePostprocessingSceneReads) {
-  CSceneLayered layered(background.get(), foreground.get(), postprocessing.get());
-  ASSERT_TRUE(layered.Init());
-  ASSERT_NE(layered.m_PreviousLayer, nullptr);
-  EXPECT_EQ(layered.m_PreviousLayer, postprocessing->FindNode("Layer1"));
-  const std::vector<std::string> frame{
-      "CreateTarget 160x200",  "BeginTarget 160x200",        "Clear 1 0 0 1 1 3",
-      "Clear 0 0 0 1 1 2",     "Clear 0 1 0 1 1 3",          "EndTarget 160x200",
-      "GenerateMipmaps tex1",  "Clear 0 0 1 1 1 3",          "ReleaseTarget pooled"};
-  EXPECT_EQ(Frame(layered), frame);
-  // The postprocessing scene's texture is the target the layers went into.
-  EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), render.LastTarget()->m_Color);
-  EXPECT_TRUE(render.m_Faults.empty());
-}
-
-TEST_F(LayerDraw, WithoutAPreviousLayerNodeThePostprocessingSceneIsNotDrawn) {
+TEST_F(LayerDraw, LayersGoIntoTheTargetThatThePostprocessingSceneReadsAndMissingOnesAreLeftOut) {
   std::unique_ptr<CScene> plain(Load(ClearScene("plain", "0 0 1 1")));
-  CSceneLayered layered(background.get(), foreground.get(), plain.get());
-  layered.Init();
-  EXPECT_EQ(layered.m_PreviousLayer, nullptr);
-  EXPECT_EQ(Frame(layered), (std::vector<std::string>{"Clear 1 0 0 1 1 3", "Clear 0 0 0 1 1 2", "Clear 0 1 0 1 1 3"}));
-}
-
-TEST_F(LayerDraw, MissingLayersAreLeftOut) {
-  CSceneLayered backgroundOnly(background.get(), nullptr, nullptr);
-  backgroundOnly.Init();
-  EXPECT_EQ(Frame(backgroundOnly), std::vector<std::string>{"Clear 1 0 0 1 1 3"});
-
-  // No depth clear without a foreground.
-  CSceneLayered processed(background.get(), nullptr, postprocessing.get());
-  processed.Init();
-  EXPECT_EQ(Frame(processed),
-            (std::vector<std::string>{"CreateTarget 160x200", "BeginTarget 160x200", "Clear 1 0 0 1 1 3",
-                                      "EndTarget 160x200", "GenerateMipmaps tex1", "Clear 0 0 1 1 1 3",
-                                      "ReleaseTarget pooled"}));
-}
-
-TEST_F(LayerDraw, WhenNoTargetCanBeHadTheLayersGoStraightToTheScreen) {
-  CSceneLayered layered(background.get(), foreground.get(), postprocessing.get());
-  layered.Init();
-  render.m_FailTargets = true;
-  EXPECT_EQ(Frame(layered), (std::vector<std::string>{"CreateTarget 160x200", "Clear 1 0 0 1 1 3",
-                                                      "Clear 0 0 0 1 1 2", "Clear 0 1 0 1 1 3"}));
-  EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), nullptr);
+  const std::string bg = "Clear 1 0 0 1 1 3", depth = "Clear 0 0 0 1 1 2", fg = "Clear 0 1 0 1 1 3";
+  const std::string post = "Clear 0 0 1 1 1 3", create = "CreateTarget 160x200", begin = "BeginTarget 160x200";
+  // The target's mipmaps are made (its texture's name varies with the case).
+  const std::vector<std::string> after = {"EndTarget 160x200", "GenerateMipmaps", post, "ReleaseTarget pooled"};
+  auto join = [](std::vector<std::string> a, const std::vector<std::string> &b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+  };
+  const struct {
+    CScene *foreground, *postprocessing;
+    bool targetsFail;
+    std::vector<std::string> frame;
+  } cases[] = {
+      {foreground.get(), postprocessing.get(), false, join({create, begin, bg, depth, fg}, after)},
+      // Without a PreviousLayer node the postprocessing scene is not drawn.
+      {foreground.get(), plain.get(), false, {bg, depth, fg}},
+      {nullptr, nullptr, false, {bg}},
+      // No depth clear without a foreground.
+      {nullptr, postprocessing.get(), false, join({create, begin, bg}, after)},
+      // When no target can be had the layers go straight to the screen.
+      {foreground.get(), postprocessing.get(), true, {create, bg, depth, fg}},
+  };
+  for (const auto &c : cases) {
+    CSceneLayered layered(background.get(), c.foreground, c.postprocessing);
+    ASSERT_TRUE(layered.Init());
+    render.m_FailTargets = c.targetsFail;
+    std::vector<std::string> frame = Frame(layered);
+    for (std::string &call : frame)
+      if (call.rfind("GenerateMipmaps", 0) == 0) call = "GenerateMipmaps";
+    EXPECT_EQ(frame, c.frame) << "case " << (&c - cases);
+    EXPECT_TRUE(render.m_Faults.empty());
+    if (!layered.m_PreviousLayer) continue;
+    EXPECT_EQ(layered.m_PreviousLayer, postprocessing->FindNode("Layer1"));
+    // The postprocessing scene's texture is the target the layers went into.
+    EXPECT_EQ(layered.m_PreviousLayer->GetTexture(&render), c.targetsFail ? nullptr : render.LastTarget()->m_Color);
+  }
 }
 
 TEST_F(LayerDraw, TheLastPreviousLayerNodeOfThePostprocessingSceneIsTheOneUsed) {

@@ -5,6 +5,7 @@
 #include "core/FakeClock.h"
 #include "core/Paths.h"
 #include "core/Random.h"
+#include "engine/LayerTestSupport.h"
 #include "engine/SceneLayered.h"
 #include "engine/Velmor.h"
 #include "scene/Scene.h"
@@ -15,10 +16,7 @@
 #include <gtest/gtest.h>
 
 namespace {
-std::string SceneText(const std::string &name) {
-  return "<Velmor><Transitions/><Scenes><Scene Name=\"" + name +
-         "\"><Nodes/><Connections/><SceneCompatibility><GoodScenes/><BadScenes/></SceneCompatibility></Scene></Scenes></Velmor>";
-}
+std::string SceneText(const std::string &name) { return LayerSceneText({name, {}, {}, "", ""}); }
 
 class Project : public testing::Test {
  protected:
@@ -38,10 +36,10 @@ class Project : public testing::Test {
     return dir.Write(name, "<Velmor><Project " + wanted + "/><Transitions><Transition Name=\"T\"><Nodes/></Transition></Transitions><Scenes>" +
                                scenes + "</Scenes>" + pools + "</Velmor>");
   }
-  StartRequest Request(const std::string &file, int mode = 2) {
+  StartRequest Request(const std::string &file, int mode = MODE_FullScreen) {
     StartRequest r;
     r.file = file;
-    r.mode = mode;
+    r.settings = SettingsFor(mode, APPTYPE_Screensaver);
     return r;
   }
   std::vector<std::string> Names() const {
@@ -98,11 +96,17 @@ TEST_F(Project, FallsBackToTheDefaultProjectAndFailsWhenThatIsMissingToo) {
   CVelmor second;
   EXPECT_TRUE(second.Start(r));
   EXPECT_EQ(second.ActiveSceneName(), "three");
-  EXPECT_TRUE(std::filesystem::is_directory(dir / "user/projects"));
+
+  // Without the fall-back the file named is the one reported.
+  CVelmor named;
+  StartRequest scene = Request(dir.Write("cut.vms", "<Velmor><Scenes><Sce"), MODE_Test);
+  scene.fallBack = false;
+  EXPECT_FALSE(named.Start(scene));
+  EXPECT_EQ(log.LastError(), "Unable to load scene file \"" + (dir / "cut.vms") + "\".");
 }
 
 TEST_F(Project, ASceneFileOnTheCommandLinePlaysAlone) {
-  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/two.vms", 3)));
+  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/two.vms", MODE_Test)));
   EXPECT_FALSE(engine.m_IsProject);
   EXPECT_EQ(Names(), std::vector<std::string>{"two"});
   EXPECT_EQ(engine.ActiveSceneName(), "two");
@@ -111,16 +115,17 @@ TEST_F(Project, ASceneFileOnTheCommandLinePlaysAlone) {
 
 TEST_F(Project, LayerListsOnTheCommandLineAndInProjects) {
   LogCapture log;
-  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms;[apppath]scenes/post.vms", 3)));
+  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms;[apppath]scenes/post.vms", MODE_Test)));
   auto *layered = dynamic_cast<CSceneLayered *>(engine.m_ActiveScene);
   ASSERT_NE(layered, nullptr);
   EXPECT_EQ(layered->GetName(), "bg-fg-post");
+  EXPECT_FLOAT_EQ(layered->m_RandomProbability, 0.25f);
   EXPECT_FLOAT_EQ(engine.m_SceneRunTime, 10000.0f);
   EXPECT_EQ(layered->m_Foreground->m_SceneType, static_cast<uint32_t>(SCENE_Foreground));
 
   // One ";" only: the last field is the whole list and fails; the background plays alone.
   CVelmor single;
-  ASSERT_TRUE(single.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms", 3)));
+  ASSERT_TRUE(single.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms", MODE_Test)));
   layered = dynamic_cast<CSceneLayered *>(single.m_ActiveScene);
   ASSERT_NE(layered, nullptr);
   EXPECT_NE(layered->m_Background, nullptr);

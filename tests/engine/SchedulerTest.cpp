@@ -1,5 +1,6 @@
-// The scheduler: which scene plays next in each mode, how long it plays,
-// the "too slow" rule, and the preset operations a host drives.
+// The scheduler around the choice of scene (SceneChoiceTest): a change
+// restarts the scene and tells the statistics, how long a scene plays, the
+// "too slow" rule, and the preset operations a host drives.
 #include "core/FakeClock.h"
 #include "core/Random.h"
 #include "engine/SceneLayered.h"
@@ -23,7 +24,6 @@ class Scheduler : public testing::Test {
   Scheduler() {
     SeedSharedRandom(1234);
     engine.m_Stats = &stats;
-    engine.m_HostMode = 2;
     engine.m_RandomizeScene = false;
   }
   CScene *AddScene(const char *name, float weight = 1.0f) {
@@ -42,21 +42,6 @@ class Scheduler : public testing::Test {
 };
 }  // namespace
 
-TEST_F(Scheduler, NextPreviousAndIndexModesWrapAndClamp) {
-  for (const char *n : {"A", "B", "C"}) AddScene(n);
-  engine.ActivateAnotherScene(CHANGE_Index, -5, true, false);
-  EXPECT_EQ(Active(), "A");
-  engine.ActivateAnotherScene(CHANGE_Index, 9999, true, false);
-  EXPECT_EQ(Active(), "C");
-  engine.ActivateAnotherScene(CHANGE_Next, 0, true, false);
-  EXPECT_EQ(Active(), "A");
-  engine.ActivateAnotherScene(CHANGE_Previous, 0, true, false);
-  EXPECT_EQ(Active(), "C");
-  engine.ActivateAnotherScene(CHANGE_Previous, 0, true, false);
-  EXPECT_EQ(Active(), "B");
-  EXPECT_EQ(engine.GetCurrentPreset(), 1);
-}
-
 TEST_F(Scheduler, OneSceneIsRestartedAndAnEmptyListKeepsNothing) {
   EXPECT_EQ(engine.ActivateAnotherScene(CHANGE_Next, 0, true, false), nullptr);
   EXPECT_EQ(engine.m_ActiveScene, nullptr);
@@ -68,23 +53,6 @@ TEST_F(Scheduler, OneSceneIsRestartedAndAnEmptyListKeepsNothing) {
   EXPECT_TRUE(only->m_FrameInfo.Restart);  // deactivated and activated again
   EXPECT_EQ(stats.begun, (std::vector<std::string>{"Only", "Only"}));
   EXPECT_EQ(stats.ended, 2);
-}
-
-TEST_F(Scheduler, RandomPickFollowsTheWeightsAndCanRunOffTheEnd) {
-  AddScene("Rare", 0.01f);
-  AddScene("Common", 100.0f);
-  int common = 0;
-  for (int i = 0; i < 200; ++i) {
-    engine.ActivateAnotherScene(CHANGE_Random, 0, false, false);
-    common += engine.m_SceneIndex == 1;
-  }
-  EXPECT_GT(common, 190);
-  EXPECT_FLOAT_EQ(engine.m_TotalProbability, 100.01f);
-
-  // After a pick that ran off the end, "next" wraps from the count.
-  engine.m_SceneIndex = 2;
-  engine.ActivateAnotherScene(CHANGE_Next, 0, false, false);
-  EXPECT_EQ(engine.m_SceneIndex, 1);
 }
 
 TEST_F(Scheduler, RunTimeComesFromTheRangeOrTheScenesOwn) {
@@ -121,8 +89,8 @@ TEST_F(Scheduler, TooSlowSwitchesOnlyBeforeTheRunTimeHasPassed) {
   for (const auto &l : log.lines) tooSlow |= l.rfind("Scene too slow. Switching to new scene. ", 0) == 0;
   EXPECT_TRUE(tooSlow);
 
-  // Not in the modes that don't time scenes.
-  engine.m_HostMode = 5;
+  // Not where the host doesn't time scenes.
+  engine.m_Settings.timedScenes = false;
   clock.clock.Advance(100.0);
   engine.Update(0.25f);
   EXPECT_EQ(Active(), "B");
@@ -139,7 +107,7 @@ TEST_F(Scheduler, UpdateRunsSoundThenCommandsThenTheScene) {
   engine.m_UpdateSound = [&] { order.push_back("sound"); };
   engine.Update(0.1f);
   EXPECT_EQ(order, (std::vector<std::string>{"sound", "commands"}));
-  engine.m_HostAppType = 8;  // a visualizer host feeds sound itself
+  engine.m_Settings.feedsSound = false;  // a visualizer host feeds sound itself
   order.clear();
   engine.Update(0.1f);
   EXPECT_EQ(order, std::vector<std::string>{"commands"});
@@ -147,14 +115,17 @@ TEST_F(Scheduler, UpdateRunsSoundThenCommandsThenTheScene) {
 
 TEST_F(Scheduler, PresetsListStandaloneScenesAndFindSceneMatchesExactly) {
   AddScene("A");
-  engine.m_Scenes.emplace_back(new CSceneLayered(nullptr, nullptr, nullptr));
+  CScene layer;
+  layer.m_Name = "L";
+  engine.m_Scenes.emplace_back(new CSceneLayered(&layer, nullptr, nullptr));
   AddScene("B");
+  engine.m_Scenes.emplace_back(new CSceneLayered(&layer, nullptr, nullptr));
   EXPECT_EQ(engine.GetPresetCount(), 2);
   char name[256];
   engine.GetPresetName(1, name);
   EXPECT_STREQ(name, "B");
-  engine.GetPresetName(7, name);
-  EXPECT_STREQ(name, "B");
+  engine.GetPresetName(7, name);  // past the end: the last entry, layered or not
+  EXPECT_STREQ(name, "L--");
   int index = 5;
   EXPECT_NE(engine.FindScene("[apppath]scenes/B.vms", "", &index), nullptr);
   EXPECT_EQ(index, 2);
@@ -170,17 +141,4 @@ TEST_F(Scheduler, PresetsListStandaloneScenesAndFindSceneMatchesExactly) {
   EXPECT_EQ(engine.m_ActiveScene, nullptr);
   EXPECT_FALSE(engine.RemoveScene("[apppath]scenes/B.vms", "B"));
   EXPECT_EQ(log.LastError(), "Delete failed. Unable to find 'B' from '[apppath]scenes/B.vms'");
-}
-
-// Which layered entries are neighbours is pinned in LayerCombinationTest.
-TEST(LayeredScene, NamesAndFilesJoinTheLayers) {
-  CScene a, b;
-  a.m_Name = "a";
-  a.m_File = "a.vms";
-  b.m_Name = "b";
-  b.m_File = "b.vms";
-  CSceneLayered ab(&a, &b, nullptr);
-  EXPECT_EQ(ab.GetFile(), "a.vms;b.vms;");
-  EXPECT_EQ(ab.GetName(), "a-b-");
-  EXPECT_FLOAT_EQ(ab.m_RandomProbability, 0.25f);
 }

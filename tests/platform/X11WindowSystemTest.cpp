@@ -102,7 +102,7 @@ TEST_F(X11, EventsBecomeWindowMessages) {
   while (ws->PollEvent(m)) {
   }
   auto *display = static_cast<Display *>(ws->NativeDisplay());
-  XEvent e{}, b{}, k{};
+  XEvent e{}, b{}, k{}, lost{}, grabbed{};
   e.xclient.type = ClientMessage;
   e.xclient.format = 32;
   e.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
@@ -114,7 +114,13 @@ TEST_F(X11, EventsBecomeWindowMessages) {
   k.xkey.type = KeyPress;
   k.xkey.display = display;
   k.xkey.keycode = XKeysymToKeycode(display, XStringToKeysym("F9"));
-  for (auto [event, mask] : {std::pair{&e, NoEventMask}, {&b, ButtonPressMask}, {&k, KeyPressMask}}) {
+  // Focus going to another program is a loss; a grab is not.
+  lost.xfocus.type = grabbed.xfocus.type = FocusOut;
+  lost.xfocus.mode = NotifyNormal;
+  grabbed.xfocus.mode = NotifyGrab;
+  lost.xfocus.detail = grabbed.xfocus.detail = NotifyNonlinear;
+  for (auto [event, mask] : {std::pair{&e, NoEventMask}, {&b, ButtonPressMask}, {&k, KeyPressMask},
+                             {&grabbed, FocusChangeMask}, {&lost, FocusChangeMask}}) {
     event->xany.window = w;
     XSendEvent(display, w, False, mask, event);
   }
@@ -122,7 +128,7 @@ TEST_F(X11, EventsBecomeWindowMessages) {
 
   std::vector<WindowMessage> got;
   while (ws->PollEvent(m)) got.push_back(m);
-  ASSERT_EQ(got.size(), 3u);
+  ASSERT_EQ(got.size(), 4u);
   EXPECT_EQ(got[0].message, WM_CLOSE);
   EXPECT_EQ(got[0].window, w);
   EXPECT_EQ(got[1].message, WM_RBUTTONDOWN);
@@ -130,6 +136,8 @@ TEST_F(X11, EventsBecomeWindowMessages) {
   EXPECT_EQ(PointParamY(got[1].lparam), 7);
   EXPECT_EQ(got[2].message, WM_KEYDOWN);
   EXPECT_EQ(got[2].wparam, 0x78u);
+  EXPECT_EQ(got[3].message, WM_ACTIVATEAPP);
+  EXPECT_EQ(got[3].wparam, 0u);
 
   // A window destroyed by someone else is reported once; our own are not.
   XDestroyWindow(display, w);

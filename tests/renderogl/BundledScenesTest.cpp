@@ -87,7 +87,7 @@ TEST_F(ShippedAssets, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
     engine.m_RegisterEffectNodes = [](CNodeFactory &f) { CNEFx::AddNodesToFactory(f); };
     StartRequest request;
     request.file = project;
-    request.mode = 3;
+    request.settings = SettingsFor(MODE_Test, APPTYPE_Default);
     const size_t errorsBefore = log.errors.size();
     ASSERT_TRUE(engine.Start(request)) << project;
     engine.SetRender(&m_Window->render);

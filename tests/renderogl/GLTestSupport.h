@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/RunMode.h"
 #include "platform/X11WindowSystem.h"
 #include "render/RecordRender.h"
 #include "renderogl/RenderOGL.h"
@@ -21,7 +22,7 @@
 // Keeps Mesa's driver mapped until exit (see GLDriverPin.h).
 void PinGLDriver();
 
-enum { kPreviewMode = 1, kFullScreenMode = 2, kTestMode = 3 };
+constexpr int kPreviewMode = MODE_Preview, kFullScreenMode = MODE_FullScreen, kTestMode = MODE_Test;
 
 class GLWindow {
  public:

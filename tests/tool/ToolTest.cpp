@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <sys/wait.h>
 #include <vector>
@@ -37,7 +39,30 @@ TEST(ToolCheck, ShippedFilesPassAndProblemsAreListedPerFile) {
   EXPECT_NE(bad.out.find(f + ": Failed to create connection from \"Nope.Value\" to \"Screen1.Render\"\n"), std::string::npos);
   EXPECT_NE(bad.out.find(f + ": Unmatched Parenthesis\n"), std::string::npos);
   EXPECT_NE(bad.out.find("scenes/huedrift.vms: ok\n"), std::string::npos);
-  EXPECT_EQ(Tool(Assets(), "check " + (dir / "missing.vms")).status, 1);
+}
+
+// From a scene author's own folder: the installation's effect types are
+// known, the user's names are relative to that folder, files that can't be
+// loaded are named, and the folder is left as it was.
+TEST(ToolCheck, WorksFromAnyFolderAndNamesFilesThatCannotBeLoaded) {
+  TempDir dir;
+  dir.Write("cut.vms", Scene("<Node Type=\"Screen\" Name=\"Screen1\"/>", "").substr(0, 60));
+  dir.Write("empty.vms", "");
+  dir.Write("binary.vms", std::string("\x89PNG\r\n\x1a\n\0\0\xff\xfe", 12));
+  dir.Write("other.vms", "<Velmor><Scenes/></Velmor>");
+  for (const char *file : {"cut.vms", "empty.vms", "binary.vms", "other.vms", "missing.vms"}) {
+    Result r = Tool(dir.Path(), std::string("check ") + file);
+    EXPECT_EQ(r.status, 1) << file;
+    EXPECT_EQ(r.out, std::string(file) + ": Unable to load scene file \"" + file + "\".\n");
+  }
+  const std::string scenes = Assets() + "/scenes/";
+  Result shipped = Tool(dir.Path(), "check " + scenes + "plasma.vms '" + scenes + "layerplasma.vms;" + scenes +
+                                        "layerhelix.vms;" + scenes + "layerscan.vms'");
+  EXPECT_EQ(shipped.status, 0) << shipped.out;
+  EXPECT_EQ(std::count(shipped.out.begin(), shipped.out.end(), '\n'), 2) << shipped.out;
+  std::vector<std::string> left;
+  for (const auto &entry : std::filesystem::directory_iterator(dir.Path())) left.push_back(entry.path().filename());
+  EXPECT_EQ(left.size(), 4u) << "the tool wrote into the user's folder";
 }
 
 TEST(ToolEval, PrintsPortsAtATimeInTheOrderAsked) {
@@ -51,6 +76,8 @@ TEST(ToolEval, PrintsPortsAtATimeInTheOrderAsked) {
   Result r = Tool(dir.Path(), "eval s.vms --time 1 --port Sin1.Value --port C.Red --port Clear1.Color");
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.out, "Sin1.Value=4\nC.Red=4\nClear1.Color=4 1 1 1\n");
+  // A layered list as the program takes it: its ports are found in its layers.
+  EXPECT_EQ(Tool(dir.Path(), "eval 's.vms;s.vms;s.vms' --time 1 --port Sin1.Value").out, "Sin1.Value=4\n");
   EXPECT_EQ(Tool(dir.Path(), "eval s.vms --time 1 --port Nope.Value").status, 1);
   EXPECT_EQ(Tool(dir.Path(), "eval s.vms --port Sin1.Value").status, 2);  // no --time
 }

@@ -1,5 +1,6 @@
 #include "nodes/effect/ShaderNode.h"
 
+#include "core/Paths.h"
 #include "core/Random.h"
 #include "expr/ExprEvaluator.h"
 #include "fx/FxManager.h"
@@ -91,7 +92,8 @@ bool CShaderNode::Init() {
   m_Textures[1] = InPort<CPortTexture>("Texture2");
   m_Textures[2] = InPort<CPortTexture>("Texture3");
   m_EffectOut = OutPort<CPortEffect>("Effect");
-  LoadShaderHeader();
+  // The installation's header, whatever the current folder.
+  LoadShaderHeader(Expand("[apppath]nodedata/shader.cgh").c_str());
 
   for (int v = 0; v < 3; ++v)
     for (int a = 0; a < 3; ++a)
