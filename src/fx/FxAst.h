@@ -24,7 +24,7 @@ enum class EFxExpr : uint8_t {
   Binary,     // text: the operator; args[0], args[1]
   Assign,     // text: "=", "+=", ...; args[0] target, args[1] value
   Ternary,    // args: condition, then, else
-  Call,       // text: the function name; args
+  Call,       // text: the function name; args (a method call `o.f(x)`: args o, x; `method`)
   Construct,  // typeArg(args), also for arrays and structs from `{...}`
   Cast,       // (typeArg)args[0]; `implicit` when the checker inserted it
   Member,     // args[0].text: a struct member, a swizzle or `_m01`
@@ -46,6 +46,7 @@ struct FxExpr {
   const FxFunction *func = nullptr;
   int intrinsic = -1;
   EFxMember member = EFxMember::Field;
+  bool method = false;  // Call: `object.name(...)`, the object first among args
 };
 using FxExprPtr = std::unique_ptr<FxExpr>;
 
@@ -80,6 +81,9 @@ struct FxVar {
   bool hasSamplerState = false;
   std::vector<FxStateAssignment> samplerStates;
   std::string glslName;  // set by the emitter
+  // A parameter that function code writes: GLSL uniforms are read-only, so
+  // the shader works on a copy (set by the checker).
+  mutable bool writtenByCode = false;
 };
 using FxVarPtr = std::unique_ptr<FxVar>;
 
@@ -87,19 +91,27 @@ struct FxStructDef {
   std::string name;
   std::vector<FxVarPtr> members;
   FxLocation at;
+  // `interface I { prototypes };`: a type that only names methods. A struct
+  // `struct S : I { ... }` defines them; its methods are functions with an
+  // owner and a first parameter `cg_this`.
+  bool isInterface = false;
+  const FxStructDef *implements = nullptr;
 };
 
-enum class EFxStmt : uint8_t { Block, Decl, Expr, If, For, While, Do, Return, Break, Continue, Discard, Empty };
+enum class EFxStmt : uint8_t { Block, Decl, Expr, If, For, While, Do, Return, Break, Continue, Discard, Empty, Switch, Case };
 
 struct FxStmt {
   EFxStmt kind = EFxStmt::Empty;
   FxLocation at;
   // Block: the statements. If: then, else (may be null). For: init (may be
-  // null), body. While, Do: body.
+  // null), body. While, Do: body. Switch: its Case groups. Case: the
+  // statements after its labels.
   std::vector<std::unique_ptr<FxStmt>> children;
   FxExprPtr expr;  // Expr, Return value, If/While/Do/For condition
   FxExprPtr step;  // For
   std::vector<FxVarPtr> vars;  // Decl
+  std::vector<FxExprPtr> labels;  // Case: `case` values
+  bool isDefault = false;         // Case: `default:` is among its labels
 };
 using FxStmtPtr = std::unique_ptr<FxStmt>;
 
@@ -114,6 +126,7 @@ struct FxFunction {
   FxLocation at;
   EFxCheck check = EFxCheck::Unchecked;
   std::string glslName;  // set by the emitter
+  const FxStructDef *owner = nullptr;  // a method of this struct or interface
 };
 
 struct FxPassDecl {

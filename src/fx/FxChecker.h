@@ -53,6 +53,10 @@ class CFxChecker {
 
   FxTranslationUnit &m_Unit;
   CFxDiagnostics &m_Diag;
+  void Switch(FxStmt &s);
+  void RequireConcrete(const CFxType &type, FxLocation at, const std::string &name);
+  bool MemberOfThis(FxExprPtr &e);
   std::vector<std::vector<const FxVar *>> m_Scopes;
+  std::vector<bool> m_Breakable;  // enclosing loops (false) and switches (true)
   FxFunction *m_Function = nullptr;
 };

@@ -34,6 +34,7 @@ std::string ArgTypes(const FxExpr &e) {
 void CFxChecker::Call(FxExpr &e) {
   for (auto &a : e.args) Expr(a);
   if (CallUser(e)) return;
+  if (e.method) Fail(e.at, "no method " + e.text + " in " + TypeName(e.args[0]->type));
   int index = FindIntrinsic(e.text.c_str());
   if (index < 0) Fail(e.at, "undefined function '" + e.text + "'");
   Intrinsic(e, index);
@@ -43,8 +44,11 @@ bool CFxChecker::CallUser(FxExpr &e) {
   FxFunction *best = nullptr;
   int bestCost = INT_MAX;
   bool named = false, ambiguous = false;
+  const FxStructDef *object = e.method ? e.args[0]->type.structDef : nullptr;
+  if (e.method && (e.args[0]->type.base != EFxBase::Struct || e.args[0]->type.arraySize > 0))
+    Fail(e.at, "method " + e.text + " called on " + TypeName(e.args[0]->type));
   for (auto &f : m_Unit.functions) {
-    if (f->name != e.text) continue;
+    if (f->name != e.text || f->owner != object) continue;
     named = true;
     if (f->params.size() != e.args.size()) continue;
     int cost = 0;

@@ -2,6 +2,8 @@
 #include "fx/FxChecker.h"
 #include "fx/FxIntrinsics.h"
 
+#include <cstdlib>
+
 namespace {
 bool IsBitwise(const std::string &op) {
   return op == "&" || op == "|" || op == "^" || op == "<<" || op == ">>" || op == "~" || op == "&=" || op == "|=" ||
@@ -28,8 +30,10 @@ void CFxChecker::Expr(FxExprPtr &p) {
       break;
     case EFxExpr::Name:
       e.var = Lookup(e.text);
+      if (!e.var && MemberOfThis(p)) return Expr(p);
       if (!e.var) Fail(e.at, "undefined name '" + e.text + "'");
       e.type = e.var->type;
+      RequireConcrete(e.type, e.at, e.text);
       break;
     case EFxExpr::Unary:
       Unary(e);
@@ -57,6 +61,11 @@ void CFxChecker::Expr(FxExprPtr &p) {
       break;
     case EFxExpr::Cast:
       Expr(e.args[0]);
+      // `(T)0`: Cg fills every member of a struct with the scalar.
+      if (e.typeArg.base == EFxBase::Struct && e.typeArg.arraySize == 0 && e.args[0]->type.IsScalar()) {
+        e.type = e.typeArg;
+        break;
+      }
       if (ConversionCost(e.args[0]->type, e.typeArg) < 0)
         Fail(e.at, "cannot cast " + TypeName(e.args[0]->type) + " to " + TypeName(e.typeArg));
       e.type = e.typeArg;
@@ -72,6 +81,22 @@ void CFxChecker::Expr(FxExprPtr &p) {
     case EFxExpr::Compile:
       Fail(e.at, "'compile' is only allowed in a pass");
   }
+}
+
+// Inside a method, a member's name reads `cg_this.member`.
+bool CFxChecker::MemberOfThis(FxExprPtr &e) {
+  if (!m_Function || !m_Function->owner) return false;
+  for (const auto &m : m_Function->owner->members)
+    if (m->name == e->text) {
+      auto self = std::make_unique<FxExpr>();
+      self->kind = EFxExpr::Name;
+      self->at = e->at;
+      self->text = "cg_this";
+      e->kind = EFxExpr::Member;
+      e->args.push_back(std::move(self));
+      return true;
+    }
+  return false;
 }
 
 void CFxChecker::Convert(FxExprPtr &e, const CFxType &to) {
@@ -138,6 +163,11 @@ void CFxChecker::Construct(FxExpr &e) {
     if (!a->type.IsNumeric()) Fail(a->at, "cannot use " + TypeName(a->type) + " in a " + TypeName(to));
     Convert(a, a->type.WithBase(to.base));
     total += a->type.Components();
+  }
+  // float(v), float2(v4): a single longer vector is truncated, as Cg does.
+  if (e.args.size() == 1 && !to.IsMatrix() && e.args[0]->type.IsVector() && e.args[0]->type.cols > to.cols) {
+    Convert(e.args[0], to);
+    total = to.Components();
   }
   bool broadcast = e.args.size() == 1 && e.args[0]->type.IsScalar();
   bool subMatrix = e.args.size() == 1 && to.IsMatrix() && e.args[0]->type.IsMatrix() &&
@@ -258,12 +288,27 @@ void CFxChecker::Index(FxExpr &e) {
   else if (t.IsVector()) e.type = CFxType::Scalar(t.base);
   else Fail(e.at, "cannot index " + TypeName(t));
   if (e.type.IsVector() && e.type.cols == 1) e.type = CFxType::Scalar(t.base);
+  // A literal index past the end is a mistake GLSL compilers report late or
+  // never: say it here, with the line.
+  const FxExpr *index = e.args[1].get();
+  while (index->kind == EFxExpr::Cast && index->implicit) index = index->args[0].get();
+  bool negative = index->kind == EFxExpr::Unary && index->text == "-";
+  if (negative) index = index->args[0].get();
+  if (index->kind != EFxExpr::Literal || !index->type.IsScalar()) return;
+  long i = strtol(index->text.c_str(), nullptr, 0) * (negative ? -1 : 1);
+  long size = t.arraySize > 0 ? t.arraySize : t.IsMatrix() ? t.rows : t.cols;
+  if (i < 0 || i >= size)
+    Fail(e.at, "index " + std::to_string(i) + " is out of range for " + TypeName(t) + " (0 to " + std::to_string(size - 1) + ")");
 }
 
 void CFxChecker::RequireLValue(const FxExpr &e) {
   if (e.kind == EFxExpr::Name) {
     if (e.var->isConst) Fail(e.at, "cannot assign to const '" + e.var->name + "'");
-    if (e.var->isGlobal && !e.var->isStatic) Fail(e.at, "cannot assign to parameter '" + e.var->name + "'");
+    if (e.var->isGlobal && !e.var->isStatic) {
+      if (!e.var->type.Leaf().IsNumeric() && e.var->type.Leaf().base != EFxBase::Struct)
+        Fail(e.at, "cannot assign to parameter '" + e.var->name + "' of type " + TypeName(e.var->type));
+      e.var->writtenByCode = true;  // the shader writes a copy
+    }
     return;
   }
   if (e.kind == EFxExpr::Member) {

@@ -26,7 +26,7 @@ float Convert(float v, EFxBase base) {
   return v;
 }
 
-bool Eval(const FxExpr &e, std::vector<float> &out, int depth) {
+bool Eval(const FxExpr &e, std::vector<float> &out, int depth, const FxParameterValues *parameter) {
   if (depth > MaxDepth) return false;
   std::vector<float> a, b;
   switch (e.kind) {
@@ -37,14 +37,19 @@ bool Eval(const FxExpr &e, std::vector<float> &out, int depth) {
       else out = {strtof(e.text.c_str(), nullptr)};
       return true;
     case EFxExpr::Name:
+      if (parameter && e.var && e.var->isGlobal && !e.var->isStatic && !e.var->isConst) {
+        const std::vector<float> *value = (*parameter)(*e.var);
+        if (value) out = *value;
+        return value != nullptr;
+      }
       return e.var && e.var->init && (e.var->isConst || e.var->isStatic || e.var->isGlobal) &&
-             Eval(*e.var->init, out, depth + 1);
+             Eval(*e.var->init, out, depth + 1, parameter);
     case EFxExpr::Unary:
-      if (!Eval(*e.args[0], out, depth + 1)) return false;
+      if (!Eval(*e.args[0], out, depth + 1, parameter)) return false;
       for (float &v : out) v = e.text == "-" ? -v : e.text == "!" ? (v == 0 ? 1.0f : 0.0f) : v;
       return e.text == "-" || e.text == "+" || e.text == "!";
     case EFxExpr::Cast:
-      if (!Eval(*e.args[0], a, depth + 1)) return false;
+      if (!Eval(*e.args[0], a, depth + 1, parameter)) return false;
       out = Reshape(a, e.args[0]->type, e.type);
       for (float &v : out) v = Convert(v, e.type.base);
       return true;
@@ -52,13 +57,13 @@ bool Eval(const FxExpr &e, std::vector<float> &out, int depth) {
     case EFxExpr::InitList:
       out.clear();
       for (const auto &arg : e.args) {
-        if (!Eval(*arg, a, depth + 1)) return false;
+        if (!Eval(*arg, a, depth + 1, parameter)) return false;
         out.insert(out.end(), a.begin(), a.end());
       }
       if (e.args.size() == 1 && e.type.IsNumeric()) out = Reshape(out, e.args[0]->type, e.type);
       return true;
     case EFxExpr::Binary:
-      if (!Eval(*e.args[0], a, depth + 1) || !Eval(*e.args[1], b, depth + 1) || a.size() != b.size()) return false;
+      if (!Eval(*e.args[0], a, depth + 1, parameter) || !Eval(*e.args[1], b, depth + 1, parameter) || a.size() != b.size()) return false;
       out.resize(a.size());
       for (size_t i = 0; i < a.size(); ++i) {
         if (e.text == "+") out[i] = a[i] + b[i];
@@ -75,4 +80,8 @@ bool Eval(const FxExpr &e, std::vector<float> &out, int depth) {
 }
 }  // namespace
 
-bool EvalConstant(const FxExpr &e, std::vector<float> &out) { return Eval(e, out, 0); }
+bool EvalConstant(const FxExpr &e, std::vector<float> &out) { return Eval(e, out, 0, nullptr); }
+
+bool EvalConstant(const FxExpr &e, std::vector<float> &out, const FxParameterValues &parameter) {
+  return Eval(e, out, 0, &parameter);
+}

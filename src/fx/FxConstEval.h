@@ -6,5 +6,11 @@
 
 #include <vector>
 
+#include <functional>
+
 // False when the expression is not made of constants.
 bool EvalConstant(const FxExpr &e, std::vector<float> &out);
+// The same, with the effect parameters' current values from `parameter`
+// (null: the parameter has none, and the expression is not evaluated).
+using FxParameterValues = std::function<const std::vector<float> *(const FxVar &)>;
+bool EvalConstant(const FxExpr &e, std::vector<float> &out, const FxParameterValues &parameter);

@@ -6,15 +6,51 @@
 #include "fx/FxParser.h"
 
 #include <cstring>
+#include <strings.h>
 
 namespace {
-const char *const kVertexProfiles[] = {"glslv", "vp40", "vp30", "vp20", "arbvp1"};
-const char *const kFragmentProfiles[] = {"glslf", "fp40", "fp30", "fp20", "arbfp1"};
+// Every profile of a stage compiles to our one target, GLSL 1.20; a program
+// that needs more than it has fails in the checker with the construct named.
+const char *const kVertexProfiles[] = {"glslv", "vp40", "vp30", "vp20", "arbvp1", "gp4vp", "gp5vp", "vs_1_1",
+                                       "vs_2_0", "vs_2_x", "vs_3_0", "hlslv", "latest"};
+const char *const kFragmentProfiles[] = {"glslf", "fp40", "fp30", "fp20", "arbfp1", "gp4fp", "gp5fp", "ps_2_0",
+                                         "ps_2_x", "ps_2_a", "ps_2_b", "ps_3_0", "hlslf", "latest"};
+// Stages GLSL 1.20 does not have, by pass state and by profile.
+const char *const kGeometryStates[] = {"GeometryProgram", "GeometryShader"};
+const char *const kTessellationStates[] = {"TessellationControlProgram", "TessellationEvaluationProgram",
+                                           "TessellationControlShader", "TessellationEvaluationShader",
+                                           "HullShader", "DomainShader"};
+const char *const kGeometryProfiles[] = {"gp4gp", "gp5gp", "glslg", "gs_4_0", "gs_5_0"};
+const char *const kTessellationProfiles[] = {"gp5tcp", "gp5tep", "hs_5_0", "ds_5_0"};
 
+
+// MipFilter is GL's min filter with a mip mode: fold it into MinFilter.
+void FoldMipFilter(std::vector<FxStateValue> &states) {
+  FxStateValue *min = nullptr, *mip = nullptr;
+  for (FxStateValue &s : states) {
+    if (s.state == EFxState::MinFilter) min = &s;
+    if (s.state == EFxState::MipFilter) mip = &s;
+  }
+  if (!mip) return;
+  FxStateValue folded = *mip;
+  folded.state = EFxState::MinFilter;
+  double base = min ? min->values[0] : 0x2601;
+  bool linear = base == 0x2601 || base == 0x2701 || base == 0x2703;
+  double mode = mip->values[0];  // 0 none, 0x2600 nearest, 0x2601 linear
+  folded.values[0] = mode == 0 ? (linear ? 0x2601 : 0x2600)
+                     : mode == 0x2600 ? (linear ? 0x2701 : 0x2700)
+                                      : (linear ? 0x2703 : 0x2702);
+  if (min) *min = folded;
+  else states.push_back(folded);
+  for (size_t i = 0; i < states.size(); ++i)
+    if (states[i].state == EFxState::MipFilter) states.erase(states.begin() + static_cast<long>(i));
+}
+
+// State names compare without case, profiles with it.
 template <size_t N>
-bool Among(const std::string &s, const char *const (&list)[N]) {
+bool Among(const std::string &s, const char *const (&list)[N], bool anyCase = false) {
   for (const char *p : list)
-    if (s == p) return true;
+    if (anyCase ? !strcasecmp(s.c_str(), p) : s == p) return true;
   return false;
 }
 }  // namespace
@@ -60,7 +96,7 @@ bool CFxEffect::Build(CFxDiagnostics &diag, FxLocation start) {
   CFxChecker checker(m_Unit, diag);
   checker.CheckGlobals();
   for (const auto &v : m_Unit.globals)
-    if (!v->isStatic && !v->isConst) BuildParameter(*v, diag);
+    if (!v->isStatic && !v->isConst && v->type.base != EFxBase::Program) BuildParameter(*v, diag);
   for (const FxTechniqueDecl &t : m_Unit.techniques) {
     CFxTechnique tech;
     tech.name = t.name;
@@ -99,14 +135,15 @@ bool CFxEffect::BuildParameter(const FxVar &v, CFxDiagnostics &diag) {
       p.samplerStates.push_back(value);
     }
   }
+  FoldMipFilter(p.samplerStates);
   if (!p.textureName.empty()) {
     bool found = false;
     for (const auto &g : m_Unit.globals) found = found || (g->name == p.textureName && g->type.base == EFxBase::Texture);
     if (!found) diag.Error(v.at, "sampler '" + v.name + "' names no texture parameter '" + p.textureName + "'");
   }
   size_t n = v.type.IsNumeric() ? static_cast<size_t>(v.type.Components()) : 0;
-  if (v.type.arraySize > 0 && v.type.Element().IsNumeric())
-    n = static_cast<size_t>(v.type.arraySize * v.type.Element().Components());
+  if (v.type.arraySize > 0 && v.type.Leaf().IsNumeric())
+    n = static_cast<size_t>(v.type.FlatCount() * v.type.Leaf().Components());
   p.m_Value = p.defaults.size() == n ? p.defaults : std::vector<float>(n, 0.0f);
   m_Parameters.push_back(std::move(p));
   return true;
@@ -117,28 +154,91 @@ bool CFxEffect::BuildPass(const FxPassDecl &decl, CFxPass &pass, CFxDiagnostics 
   pass.at = decl.at;
   Annotations(decl.annotations, pass.annotations, diag);
   for (const FxStateAssignment &s : decl.states) {
-    const FxStateInfo *info = FindState(s.name, false);
+    // `ClipPlaneEnable[1]` is a state of its own
+    const FxStateInfo *info = s.index >= 0 ? FindState(s.name + std::to_string(s.index), false) : nullptr;
+    if (!info) info = FindState(s.name, false);
+    const FxExpr *program = s.value->kind == EFxExpr::Compile ? s.value.get() : nullptr;
+    bool geometry = Among(s.name, kGeometryStates, true) || (program && Among(program->text, kGeometryProfiles));
+    bool tessellation =
+        Among(s.name, kTessellationStates, true) || (program && Among(program->text, kTessellationProfiles));
+    if (geometry || tessellation) {
+      // Only this pass fails: a later technique may do without the stage.
+      if (pass.unsupported.empty()) {
+        pass.unsupported = std::string(geometry ? "geometry" : "tessellation") + " programs (" + s.name +
+                           (program ? " = compile " + program->text : std::string()) + ") cannot be translated to GLSL 1.20";
+        pass.unsupportedAt = s.at;
+      }
+      continue;
+    }
     if (!info) {
       diag.Error(s.at, "unknown state '" + s.name + "'");
       continue;
     }
     bool vertex = info->state == EFxState::VertexProgram;
     if (vertex || info->state == EFxState::FragmentProgram) {
-      const FxExpr &c = *s.value;
-      if (c.kind != EFxExpr::Compile) diag.Error(s.at, std::string(info->name) + " needs 'compile profile Entry(...)'");
+      const FxExpr &c = ProgramOf(*s.value);
+      if (c.kind != EFxExpr::Compile)
+        diag.Error(s.at, std::string(info->name) + " needs 'compile profile Entry(...)' or a program variable with a constant index");
       else if (!Among(c.text, kVertexProfiles) && !Among(c.text, kFragmentProfiles))
         diag.Error(s.at, "unknown profile '" + c.text + "'");
-      else if (vertex != Among(c.text, kVertexProfiles))
+      else if (vertex ? !Among(c.text, kVertexProfiles) : !Among(c.text, kFragmentProfiles))
         diag.Error(s.at, "profile '" + c.text + "' does not fit " + info->name);
       else (vertex ? pass.vertexProgram : pass.fragmentProgram) = &c;
       continue;
     }
     FxStateValue value;
     std::string error;
-    if (ParseStateValue(*info, *s.value, value, error)) pass.states.push_back(value);
-    else diag.Error(s.at, error);
+    if (ParseStateValue(*info, *s.value, value, error)) {
+      pass.states.push_back(value);
+      continue;
+    }
+    // A value computed from parameters, evaluated each time the pass is set.
+    FxExprPtr &expr = const_cast<FxExprPtr &>(s.value);  // typed in place, like every expression
+    CFxDiagnostics quiet;
+    quiet.AdoptFiles(diag);
+    CFxChecker computed(m_Unit, quiet);
+    CFxType type = info->count == 1 ? CFxType::Scalar(EFxBase::Float) : CFxType::Vector(EFxBase::Float, info->count);
+    if (info->count < 1 || info->count > 4 || !ResolveStateNames(*info, *expr) || !computed.CheckConstant(expr, type)) {
+      diag.Error(s.at, error);
+      continue;
+    }
+    value.state = info->state;
+    value.count = info->count;
+    value.at = s.at;
+    value.computed = expr.get();
+    pass.states.push_back(value);
   }
   return !diag.HasErrors();
+}
+
+// `vs`, `vsArray[1]`: the compile expression of a program variable; the
+// value itself when it names none.
+const FxExpr &CFxEffect::ProgramOf(const FxExpr &value) const {
+  const FxExpr *name = value.kind == EFxExpr::Index ? value.args[0].get() : &value;
+  if (name->kind != EFxExpr::Name) return value;
+  for (const auto &g : m_Unit.globals) {
+    if (g->name != name->text || g->type.base != EFxBase::Program || !g->init) continue;
+    if (value.kind != EFxExpr::Index) return *g->init;
+    const FxExpr &index = *value.args[1];
+    long i = index.kind == EFxExpr::Literal ? strtol(index.text.c_str(), nullptr, 0) : -1;
+    const FxExpr &list = *g->init;
+    if (list.kind == EFxExpr::InitList && i >= 0 && static_cast<size_t>(i) < list.args.size()) return *list.args[static_cast<size_t>(i)];
+  }
+  return value;
+}
+
+FxStateValue CFxEffect::StateNow(const FxStateValue &state) const {
+  if (!state.computed) return state;
+  FxStateValue now = state;
+  std::vector<float> values;
+  auto current = [this](const FxVar &v) -> const std::vector<float> * {
+    for (const CFxParameter &p : m_Parameters)
+      if (p.name == v.name) return &p.Value();
+    return nullptr;
+  };
+  if (EvalConstant(*state.computed, values, current) && values.size() == static_cast<size_t>(state.count))
+    for (size_t i = 0; i < values.size(); ++i) now.values[i] = values[i];
+  return now;
 }
 
 void CFxEffect::Annotations(const std::vector<FxAnnotation> &in, std::vector<CFxAnnotationValue> &out,
@@ -149,7 +249,9 @@ void CFxEffect::Annotations(const std::vector<FxAnnotation> &in, std::vector<CFx
     v.name = a.name;
     v.type = a.type;
     FxExprPtr &value = const_cast<FxExprPtr &>(a.value);  // typed in place, like every expression
-    if (a.type.base == EFxBase::String) {
+    if (!value) {  // `<float UIMin;>`: the type's empty value
+      if (a.type.IsNumeric()) v.values.assign(static_cast<size_t>(a.type.Components()), 0.0f);
+    } else if (a.type.base == EFxBase::String) {
       if (value->kind != EFxExpr::Literal || value->type.base != EFxBase::String)
         diag.Error(a.at, "annotation '" + a.name + "' needs a string");
       v.text = value->text;
@@ -190,6 +292,10 @@ void CFxEffect::Error(FxLocation at, const std::string &message, CFxDiagnostics 
 }
 
 bool CFxEffect::Translate(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag) {
+  if (!pass.unsupported.empty()) {
+    diag.Error(pass.unsupportedAt, pass.unsupported);
+    return false;
+  }
   CFxChecker checker(m_Unit, diag);
   const FxFunction *entries[2] = {nullptr, nullptr};
   const FxExpr *programs[2] = {pass.vertexProgram, pass.fragmentProgram};

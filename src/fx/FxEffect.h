@@ -63,6 +63,10 @@ struct CFxPass {
   const FxExpr *vertexProgram = nullptr;
   const FxExpr *fragmentProgram = nullptr;
   FxLocation at;
+  // Why the pass cannot run (a geometry program, say), reported when it is
+  // translated; empty when it can.
+  std::string unsupported;
+  FxLocation unsupportedAt;
 };
 
 struct CFxTechnique {
@@ -100,6 +104,9 @@ class CFxEffect {
   bool TranslatePass(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag);
   // Whether every pass translates: validation without a GL context.
   bool TranslateTechnique(const CFxTechnique &technique, CFxDiagnostics &diag);
+  // A pass state with its value now: states computed from parameters are
+  // evaluated with the parameters' current values.
+  FxStateValue StateNow(const FxStateValue &state) const;
   // Adds an error at `at` of this effect's text (e.g. the driver's log).
   void Error(FxLocation at, const std::string &message, CFxDiagnostics &diag) const;
 
@@ -108,6 +115,7 @@ class CFxEffect {
   bool Build(CFxDiagnostics &diag, FxLocation start);
   bool BuildParameter(const FxVar &v, CFxDiagnostics &diag);
   bool BuildPass(const FxPassDecl &decl, CFxPass &pass, CFxDiagnostics &diag);
+  const FxExpr &ProgramOf(const FxExpr &value) const;
   void Annotations(const std::vector<FxAnnotation> &in, std::vector<CFxAnnotationValue> &out, CFxDiagnostics &diag);
 
   bool Translate(const CFxPass &pass, CFxPassProgram &out, CFxDiagnostics &diag);

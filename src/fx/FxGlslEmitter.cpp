@@ -89,6 +89,7 @@ void CFxGlslEmitter::Reset() {
   m_Helpers.clear();
   m_Declared.clear();
   m_NeedsLod = false;
+  m_Switches = 0;
 }
 
 bool CFxGlslEmitter::EmitStage(EStage stage, const FxExpr &compile, std::string &text, CFxPassProgram &out) {
@@ -172,6 +173,11 @@ std::string CFxGlslEmitter::Declarations(CFxPassProgram &out, std::string &prolo
       bool known = false;
       for (const auto &o : out.uniforms) known = known || o == u;
       if (!known) out.uniforms.push_back(u);
+      if (v->writtenByCode) {  // code writes it: a copy, filled at the start of main()
+        std::string copy = "cg_copy_" + Name(v->name);
+        text += Decl(*v, copy) + ";\n";
+        prologue += "  " + copy + " = " + Name(v->name) + ";\n";
+      }
       continue;
     }
     std::vector<float> constant;
@@ -187,8 +193,12 @@ std::string CFxGlslEmitter::Declarations(CFxPassProgram &out, std::string &prolo
   return text;
 }
 
+std::string CFxGlslEmitter::FunctionName(const FxFunction &f) {
+  return f.owner ? "cg_m_" + Name(f.owner->name) + "_" + Name(f.name) : Name(f.name);
+}
+
 std::string CFxGlslEmitter::Function(const FxFunction &f) {
-  std::string text = TypeText(f.ret) + " " + Name(f.name) + "(";
+  std::string text = TypeText(f.ret) + " " + FunctionName(f) + "(";
   for (size_t i = 0; i < f.params.size(); ++i) {
     const FxVar &p = *f.params[i];
     const char *dir = p.dir == EFxDir::Out ? "out " : p.dir == EFxDir::InOut ? "inout " : "";

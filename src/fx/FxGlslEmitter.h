@@ -25,6 +25,8 @@ class CFxGlslEmitter {
   // GLSL-safe spelling of a Cg identifier.
   static std::string Name(const std::string &name);
   static std::string TypeText(const CFxType &type);
+  // A function's GLSL name; methods get their struct's name in theirs.
+  static std::string FunctionName(const FxFunction &f);
 
  private:
   enum class EStage { Vertex, Fragment };
@@ -55,9 +57,12 @@ class CFxGlslEmitter {
   void DeclareOnce(const std::string &line, std::string &globals);
   // Statements and expressions (FxGlslExpr.cpp)
   void Stmt(const FxStmt &s, int indent, std::string &out);
-  std::string Decl(const FxVar &v);
+  std::string Decl(const FxVar &v, const std::string &name = {});
   std::string Expr(const FxExpr &e);
   std::string Cast(const FxExpr &inner, const CFxType &to);
+  // A value of type `to` with every element set to the scalar text `s`.
+  std::string Fill(const CFxType &to, const std::string &s);
+  void Switch(const FxStmt &s, int indent, std::string &out);
   std::string Binary(const FxExpr &e);
   std::string Assign(const FxExpr &e);
   std::string Member(const FxExpr &e);
@@ -80,4 +85,5 @@ class CFxGlslEmitter {
   std::set<std::string> m_FragmentVaryings;  // read by the fragment stage
   std::set<std::string> m_VertexVaryings;    // written by the vertex stage
   bool m_Failed = false;
+  int m_Switches = 0;  // numbers the selector variable of each switch
 };

@@ -16,6 +16,14 @@ std::string Normalise(const std::string &semantic) {
   if (s == "TEXCOORD") return "TEXCOORD0";
   if (s == "HPOS") return "POSITION";
   if (s == "FOGC") return "FOG";
+  // POSITION0, NORMAL0, ...: index 0 of a semantic that has no other
+  static const char *const single[] = {"POSITION0", "NORMAL0", "TANGENT0", "BINORMAL0", "BLENDWEIGHT0",
+                                       "BLENDINDICES0", "PSIZE0", "FOG0", "FOGCOORD0", "DEPTH0", "TESSFACTOR0",
+                                       "WPOS0", "VPOS0", "FACE0", "VFACE0"};
+  for (const char *name : single)
+    if (s == name) return s.substr(0, s.size() - 1);
+  if (s == "DIFFUSE0") return "DIFFUSE";
+  if (s == "SPECULAR0") return "SPECULAR";
   return s;
 }
 

@@ -34,9 +34,10 @@ const char *VectorCompare(const std::string &op) {
 std::string Indent(int n) { return std::string(static_cast<size_t>(n) * 2, ' '); }
 }  // namespace
 
-std::string CFxGlslEmitter::Decl(const FxVar &v) {
-  std::string text = TypeText(v.type.Element()) + " " + Name(v.name);
-  if (v.type.arraySize > 0) text += "[" + std::to_string(v.type.arraySize) + "]";
+// Arrays of arrays are one flat array in GLSL 1.20.
+std::string CFxGlslEmitter::Decl(const FxVar &v, const std::string &name) {
+  std::string text = TypeText(v.type.Leaf()) + " " + (name.empty() ? Name(v.name) : name);
+  if (v.type.arraySize > 0) text += "[" + std::to_string(v.type.FlatCount()) + "]";
   return text;
 }
 
@@ -99,7 +100,42 @@ void CFxGlslEmitter::Stmt(const FxStmt &s, int indent, std::string &out) {
     case EFxStmt::Empty:
       out += pad + ";\n";
       break;
+    case EFxStmt::Switch:
+      Switch(s, indent, out);
+      break;
+    case EFxStmt::Case:
+      out += pad + "{\n";
+      for (const auto &c : s.children) Stmt(*c, indent + 1, out);
+      out += pad + "}\n";
+      break;
   }
+}
+
+// `switch` as an if chain inside a loop that runs once, so that each case's
+// closing `break` leaves it. The checker has ruled out fall-through and
+// `continue`, so the order of the cases does not matter.
+void CFxGlslEmitter::Switch(const FxStmt &s, int indent, std::string &out) {
+  std::string pad = Indent(indent), selector = "cg_switch" + std::to_string(m_Switches++);
+  out += pad + "{\n" + pad + "  int " + selector + " = " + Expr(*s.expr) + ";\n" + pad + "  do\n" + pad + "  {\n";
+  const FxStmt *fallback = nullptr;
+  std::string keyword = "if (";
+  for (const auto &group : s.children) {
+    if (group->isDefault) {
+      fallback = group.get();
+      continue;
+    }
+    std::string condition;
+    for (const auto &label : group->labels)
+      condition += (condition.empty() ? "" : " || ") + std::string("(") + selector + " == " + Expr(*label) + ")";
+    out += pad + "    " + keyword + condition + ")\n";
+    Stmt(*group, indent + 2, out);
+    keyword = "else if (";
+  }
+  if (fallback) {
+    if (keyword != "if (") out += pad + "    else\n";
+    Stmt(*fallback, indent + 2, out);
+  }
+  out += pad + "  } while (false);\n" + pad + "}\n";
 }
 
 std::string CFxGlslEmitter::Expr(const FxExpr &e) {
@@ -110,6 +146,8 @@ std::string CFxGlslEmitter::Expr(const FxExpr &e) {
       if (e.type.base == EFxBase::Int) return std::to_string(strtol(e.text.c_str(), nullptr, 0));
       return e.text;
     case EFxExpr::Name:
+      if (e.var && e.var->writtenByCode && e.var->isGlobal && !e.var->isStatic && !e.var->isConst)
+        return "cg_copy_" + Name(e.text);
       return Name(e.text);
     case EFxExpr::Unary:
       if (e.text == "!" && e.type.IsVector()) return "not(" + Expr(*e.args[0]) + ")";
@@ -130,24 +168,34 @@ std::string CFxGlslEmitter::Expr(const FxExpr &e) {
       return e.type.IsFloatLike() ? mix : TypeText(e.type) + "(" + mix + ")";
     }
     case EFxExpr::Call:
-      return e.func ? Name(e.func->name) + Args(e) : Intrinsic(e);
+      return e.func ? FunctionName(*e.func) + Args(e) : Intrinsic(e);
     case EFxExpr::Construct: {
+      if (e.type.arrayInner > 0) {  // rows flattened into one list
+        std::string text;
+        for (const auto &row : e.args) {
+          if (row->kind != EFxExpr::Construct) Error(row->at, "a row of an array of arrays must be written out here");
+          for (const auto &a : row->args) text += (text.empty() ? "" : ", ") + Expr(*a);
+        }
+        return TypeText(e.type.Leaf()) + "[" + std::to_string(e.type.FlatCount()) + "](" + text + ")";
+      }
       if (e.type.arraySize > 0)
         return TypeText(e.type.Element()) + "[" + std::to_string(e.type.arraySize) + "]" + Args(e);
-      if (e.type.IsMatrix() && e.args.size() == 1 && e.args[0]->type.IsScalar()) {
-        // GLSL would make a diagonal matrix: Cg fills every element.
-        std::string s = Expr(*e.args[0]), text;
-        for (int i = 0; i < e.type.Components(); ++i) text += (i ? ", " : "") + s;
-        return TypeText(e.type) + "(" + text + ")";
-      }
+      // GLSL would make a diagonal matrix: Cg fills every element.
+      if (e.type.IsMatrix() && e.args.size() == 1 && e.args[0]->type.IsScalar()) return Fill(e.type, Expr(*e.args[0]));
       return TypeText(e.type) + Args(e);
     }
     case EFxExpr::Cast:
       return Cast(*e.args[0], e.type);
     case EFxExpr::Member:
       return Member(e);
-    case EFxExpr::Index:
-      return Expr(*e.args[0]) + "[" + Expr(*e.args[1]) + "]";
+    case EFxExpr::Index: {
+      const FxExpr &base = *e.args[0];
+      if (base.kind == EFxExpr::Index && base.args[0]->type.arrayInner > 0)  // a[i][j] of the flat array
+        return Expr(*base.args[0]) + "[(" + Expr(*base.args[1]) + ") * " + std::to_string(base.args[0]->type.arrayInner) +
+               " + (" + Expr(*e.args[1]) + ")]";
+      if (base.type.arrayInner > 0) Error(e.at, "a row of an array of arrays can only be indexed further");
+      return Expr(base) + "[" + Expr(*e.args[1]) + "]";
+    }
     case EFxExpr::InitList:
     case EFxExpr::Compile:
       break;
@@ -162,19 +210,31 @@ std::string CFxGlslEmitter::Cast(const FxExpr &inner, const CFxType &to) {
   if (inner.kind == EFxExpr::Literal && to.IsScalar() && to.IsFloatLike() && from.base != EFxBase::Bool)
     return FloatLiteral(inner.text, from.base == EFxBase::Int);
   std::string s = Expr(inner);
-  if (from.IsScalar()) {
-    if (to.IsMatrix()) {  // every element, not GLSL's diagonal
-      std::string text;
-      for (int i = 0; i < to.Components(); ++i) text += (i ? ", " : "") + s;
-      return TypeText(to) + "(" + text + ")";
-    }
-    return TypeText(to) + "(" + s + ")";
-  }
+  if (from.IsScalar()) return Fill(to, s);  // matrices and structs: every element, not GLSL's diagonal
   if (from.IsMatrix()) return TypeText(to) + "(" + s + ")";
   // vector to a shorter vector or a scalar
   if (to.cols < from.cols) s += "." + std::string("xyzw").substr(0, to.cols);
   if (from.base == to.base || (from.IsFloatLike() && to.IsFloatLike())) return s;
   return TypeText(to) + "(" + s + ")";
+}
+
+std::string CFxGlslEmitter::Fill(const CFxType &to, const std::string &s) {
+  std::string text;
+  if (to.arraySize > 0) {
+    for (int i = 0; i < to.FlatCount(); ++i) text += (i ? ", " : "") + Fill(to.Leaf(), s);
+    return TypeText(to.Leaf()) + "[" + std::to_string(to.FlatCount()) + "](" + text + ")";
+  }
+  if (to.base == EFxBase::Struct) {
+    for (const auto &m : to.structDef->members) {
+      if (!m->type.Leaf().IsNumeric() && m->type.Leaf().base != EFxBase::Struct)
+        Error(m->at, "cannot fill member '" + m->name + "' of type " + TypeName(m->type) + " from a number");
+      text += (text.empty() ? "" : ", ") + Fill(m->type, s);
+    }
+    return TypeText(to) + "(" + text + ")";
+  }
+  int count = to.IsMatrix() ? to.Components() : 1;
+  for (int i = 0; i < count; ++i) text += (i ? ", " : "") + s;
+  return TypeText(to) + "(" + text + ")";
 }
 
 std::string CFxGlslEmitter::Binary(const FxExpr &e) {

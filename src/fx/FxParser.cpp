@@ -1,5 +1,7 @@
 #include "fx/FxParser.h"
 
+#include <cstring>
+
 const FxStructDef *FxTranslationUnit::FindStruct(const std::string &name) const {
   for (const auto &s : structs)
     if (s->name == name) return s.get();
@@ -44,9 +46,11 @@ void CFxParser::Synchronize() {
 
 void CFxParser::TopLevel() {
   if (Accept(";")) return;
-  if (Peek().IsWord("struct")) return StructDecl();
+  if (Peek().IsWord("struct") || Peek().IsWord("interface")) return StructDecl();
   if (Peek().IsWord("technique")) return TechniqueDecl();
   if (Peek().IsWord("typedef")) Fail("typedef is not supported");
+  if (Peek().IsWord("cbuffer") || Peek().IsWord("tbuffer"))
+    Fail("constant buffers ('" + Peek().text + "') cannot be translated to GLSL 1.20");
   auto v = std::make_unique<FxVar>();
   Qualifiers(*v);
   v->type = Type();
@@ -73,17 +77,31 @@ void CFxParser::TopLevel() {
   Expect(";");
 }
 
+// `struct S [: Interface] { members and methods };` or `interface I { prototypes };`
 void CFxParser::StructDecl() {
   auto s = std::make_unique<FxStructDef>();
+  s->isInterface = Peek().IsWord("interface");
   s->at = Next().at;
   s->name = ExpectIdentifier("struct name");
   if (m_Unit->FindStruct(s->name)) Fail("struct " + s->name + " is defined twice");
+  if (Accept(":")) {
+    std::string base = ExpectIdentifier("interface name");
+    s->implements = m_Unit->FindStruct(base);
+    if (!s->implements || !s->implements->isInterface) Fail("'" + base + "' is not an interface");
+  }
   Expect("{");
   while (!Accept("}")) {
     if (Peek().kind == EFxTok::End) Fail("missing '}' at the end of struct " + s->name);
     auto m = std::make_unique<FxVar>();
     Qualifiers(*m);
     m->type = Type();
+    if (Peek(1).Is("(")) {
+      FxToken name = Next();
+      if (name.kind != EFxTok::Identifier) Fail("expected a method name, found '" + name.text + "'");
+      FunctionRest(m->type, name, s.get());
+      continue;
+    }
+    if (s->isInterface) Fail("an interface holds only methods");
     CFxType type = m->type;
     for (;;) {
       Declarator(*m, false);
@@ -142,15 +160,18 @@ void CFxParser::StateBlock(std::vector<FxStateAssignment> &out) {
   }
 }
 
+// `compile profile Entry(args)`
+FxExprPtr CFxParser::CompileProgram() {
+  FxLocation at = Next().at;
+  auto c = Make(EFxExpr::Compile, at, ExpectIdentifier("profile"));
+  auto call = Make(EFxExpr::Call, Peek().at, ExpectIdentifier("entry function"));
+  Arguments(*call);
+  c->args.push_back(std::move(call));
+  return c;
+}
+
 FxExprPtr CFxParser::StateValue() {
-  if (Peek().IsWord("compile")) {
-    FxLocation at = Next().at;
-    auto c = Make(EFxExpr::Compile, at, ExpectIdentifier("profile"));
-    auto call = Make(EFxExpr::Call, Peek().at, ExpectIdentifier("entry function"));
-    Arguments(*call);
-    c->args.push_back(std::move(call));
-    return c;
-  }
+  if (Peek().IsWord("compile")) return CompileProgram();
   if (Accept("<")) {
     auto e = Make(EFxExpr::Name, Peek().at, ExpectIdentifier("texture name"));
     ExpectCloseAngle();
@@ -167,6 +188,10 @@ void CFxParser::Annotations(std::vector<FxAnnotation> &out) {
     a.at = Peek().at;
     a.type = Type();
     a.name = ExpectIdentifier("annotation name");
+    if (Accept(";")) {  // no value: the type's empty value
+      out.push_back(std::move(a));
+      continue;
+    }
     Expect("=");
     a.value = Peek().Is("{") ? Initializer() : Unary();
     Expect(";");
@@ -195,10 +220,25 @@ bool CFxParser::IsTypeName(const FxToken &t) const {
   return t.kind == EFxTok::Identifier && (ParseTypeName(t.text, type) || m_Unit->FindStruct(t.text));
 }
 
+namespace {
+// Types of later profiles that GLSL 1.20 has no counterpart for.
+bool IsTextureArrayType(const std::string &name) {
+  static const char *const kinds[] = {"ARRAY", "Array", "BUF", "Buffer"};
+  if (name.compare(0, 7, "sampler") != 0 && name.compare(0, 7, "texture") != 0) return false;
+  for (const char *k : kinds)
+    if (name.size() > strlen(k) && name.compare(name.size() - strlen(k), strlen(k), k) == 0) return true;
+  return false;
+}
+}  // namespace
+
 CFxType CFxParser::Type() {
   const FxToken &t = Next();
   CFxType type;
   if (t.kind == EFxTok::Identifier && ParseTypeName(t.text, type)) return type;
+  if (t.kind == EFxTok::Identifier && IsTextureArrayType(t.text)) {
+    --m_Pos;
+    Fail("texture arrays and buffers ('" + t.text + "') cannot be translated to GLSL 1.20");
+  }
   if (t.kind == EFxTok::Identifier)
     if (const FxStructDef *s = m_Unit->FindStruct(t.text)) {
       type.base = EFxBase::Struct;
@@ -214,13 +254,7 @@ CFxType CFxParser::Type() {
 void CFxParser::Declarator(FxVar &v, bool allowInit) {
   v.at = Peek().at;
   v.name = ExpectIdentifier("name");
-  if (Accept("[")) {
-    const FxToken &n = Next();
-    if (n.kind != EFxTok::Int || std::stol(n.text, nullptr, 0) <= 0 || std::stol(n.text, nullptr, 0) > 4096)
-      Fail("array size must be a whole number from 1 to 4096");
-    v.type.arraySize = static_cast<int>(std::stol(n.text, nullptr, 0));
-    Expect("]");
-  }
+  ArraySizes(v.type);
   for (;;) {
     if (Accept(":")) {
       if (Peek().IsWord("register")) {
@@ -230,6 +264,8 @@ void CFxParser::Declarator(FxVar &v, bool allowInit) {
         Expect(")");
       } else {
         v.semantic = ExpectIdentifier("semantic");
+        if (v.semantic == "BUFFER" || v.semantic == "buffer")
+          Fail("constant buffers (semantic BUFFER of '" + v.name + "') cannot be translated to GLSL 1.20");
       }
     } else if (Peek().Is("<")) {
       Annotations(v.annotations);
@@ -247,11 +283,33 @@ void CFxParser::Declarator(FxVar &v, bool allowInit) {
   }
 }
 
-void CFxParser::FunctionRest(CFxType ret, const FxToken &name) {
+// `[n]` or `[n][m]` (an array of arrays); at most 4096 elements in all.
+void CFxParser::ArraySizes(CFxType &type) {
+  for (int dimension = 0; dimension < 2 && Accept("["); ++dimension) {
+    const FxToken &n = Next();
+    long size = n.kind == EFxTok::Int ? std::strtol(n.text.c_str(), nullptr, 0) : 0;
+    if (size <= 0 || size > 4096 || size * (dimension ? type.arraySize : 1) > 4096)
+      Fail("array size must be a whole number from 1 to 4096");
+    (dimension ? type.arrayInner : type.arraySize) = static_cast<int>(size);
+    Expect("]");
+  }
+  if (Peek().Is("[")) Fail("arrays of more than two dimensions are not supported");
+}
+
+void CFxParser::FunctionRest(CFxType ret, const FxToken &name, const FxStructDef *owner) {
   auto f = std::make_unique<FxFunction>();
   f->name = name.text;
   f->at = name.at;
   f->ret = ret;
+  f->owner = owner;
+  if (owner) {  // the object a method is called on
+    auto self = std::make_unique<FxVar>();
+    self->name = "cg_this";
+    self->at = name.at;
+    self->type.base = EFxBase::Struct;
+    self->type.structDef = owner;
+    f->params.push_back(std::move(self));
+  }
   Expect("(");
   if (Peek().IsWord("void") && Peek(1).Is(")")) Next();
   if (!Accept(")")) {
@@ -270,12 +328,7 @@ FxVarPtr CFxParser::Parameter() {
   p->type = Type();
   p->at = Peek().at;
   p->name = ExpectIdentifier("parameter name");
-  if (Accept("[")) {
-    const FxToken &n = Next();
-    if (n.kind != EFxTok::Int || std::stol(n.text, nullptr, 0) <= 0) Fail("array size must be a positive whole number");
-    p->type.arraySize = static_cast<int>(std::stol(n.text, nullptr, 0));
-    Expect("]");
-  }
+  ArraySizes(p->type);
   if (Accept(":")) p->semantic = ExpectIdentifier("semantic");
   if (Accept("=")) p->init = Initializer();
   return p;

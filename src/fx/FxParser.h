@@ -27,10 +27,12 @@ class CFxParser {
   void Annotations(std::vector<FxAnnotation> &out);
   void StateBlock(std::vector<FxStateAssignment> &out);
   FxExprPtr StateValue();
+  FxExprPtr CompileProgram();
   void Qualifiers(FxVar &v);
   CFxType Type();
   void Declarator(FxVar &v, bool allowInit);
-  void FunctionRest(CFxType ret, const FxToken &name);
+  void ArraySizes(CFxType &type);
+  void FunctionRest(CFxType ret, const FxToken &name, const FxStructDef *owner = nullptr);
   FxVarPtr Parameter();
   void Synchronize();
 

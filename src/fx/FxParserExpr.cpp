@@ -135,6 +135,31 @@ FxStmtPtr CFxParser::Statement() {
     s->kind = t.IsWord("break") ? EFxStmt::Break : t.IsWord("continue") ? EFxStmt::Continue : EFxStmt::Discard;
     Next();
     Expect(";");
+  } else if (t.IsWord("switch")) {
+    Next();
+    s->kind = EFxStmt::Switch;
+    Expect("(");
+    s->expr = Expression();
+    Expect(")");
+    Expect("{");
+    while (!Accept("}")) {
+      if (Peek().kind == EFxTok::End) Fail("missing '}' at the end of switch");
+      if (Peek().IsWord("case") || Peek().IsWord("default")) {
+        // Consecutive labels share one group.
+        auto group = std::make_unique<FxStmt>();
+        group->kind = EFxStmt::Case;
+        group->at = Peek().at;
+        while (Peek().IsWord("case") || Peek().IsWord("default")) {
+          if (Next().IsWord("case")) group->labels.push_back(Ternary());
+          else group->isDefault = true;
+          Expect(":");
+        }
+        s->children.push_back(std::move(group));
+      } else {
+        if (s->children.empty()) Fail("expected 'case' or 'default' in switch, found '" + Peek().text + "'");
+        s->children.back()->children.push_back(Statement());
+      }
+    }
   } else if (StartsDecl()) {
     s = LocalDecl();
     Expect(";");
@@ -230,6 +255,11 @@ FxExprPtr CFxParser::Postfix(FxExprPtr e) {
       FxLocation at = Next().at;
       auto m = Make(EFxExpr::Member, at, ExpectIdentifier("member name"));
       m->args.push_back(std::move(e));
+      if (Peek().Is("(")) {  // a method call: the object is the first argument
+        m->kind = EFxExpr::Call;
+        m->method = true;
+        Arguments(*m);
+      }
       e = std::move(m);
     } else if (t.Is("[")) {
       auto i = Make(EFxExpr::Index, Next().at);
@@ -270,6 +300,7 @@ FxExprPtr CFxParser::Primary() {
     Expect(")");
     return e;
   }
+  if (t.IsWord("compile")) return CompileProgram();  // a vertexshader variable's value
   if (IsTypeName(t) && Peek(1).Is("(")) {
     auto c = Make(EFxExpr::Construct, at);
     c->typeArg = Type();

@@ -21,7 +21,10 @@ const BaseName kOther[] = {{"void", EFxBase::Void},
                            {"sampler3D", EFxBase::Sampler3D},
                            {"samplerCUBE", EFxBase::SamplerCube},
                            {"samplerRECT", EFxBase::SamplerRect},
-                           {"sampler", EFxBase::Sampler2D}};  // after sampler2D, which names the type
+                           {"sampler", EFxBase::Sampler2D},
+                           {"vertexshader", EFxBase::Program},
+                           {"pixelshader", EFxBase::Program},
+                           {"fragmentshader", EFxBase::Program}};  // after sampler2D, which names the type
 }  // namespace
 
 CFxType CFxType::Vector(EFxBase b, int n) {
@@ -41,7 +44,14 @@ CFxType CFxType::Matrix(EFxBase b, int rows, int cols) {
 
 CFxType CFxType::Element() const {
   CFxType t = *this;
-  t.arraySize = 0;
+  t.arraySize = arrayInner;
+  t.arrayInner = 0;
+  return t;
+}
+
+CFxType CFxType::Leaf() const {
+  CFxType t = *this;
+  t.arraySize = t.arrayInner = 0;
   return t;
 }
 
@@ -52,7 +62,7 @@ CFxType CFxType::WithBase(EFxBase b) const {
 }
 
 bool CFxType::operator==(const CFxType &o) const {
-  return base == o.base && rows == o.rows && cols == o.cols && matrix == o.matrix && arraySize == o.arraySize &&
+  return base == o.base && rows == o.rows && cols == o.cols && matrix == o.matrix && arraySize == o.arraySize && arrayInner == o.arrayInner &&
          structDef == o.structDef;
 }
 
@@ -96,6 +106,7 @@ std::string TypeName(const CFxType &t) {
     else if (t.cols > 1) name += std::to_string(t.cols);
   }
   if (t.arraySize > 0) name += "[" + std::to_string(t.arraySize) + "]";
+  if (t.arrayInner > 0) name += "[" + std::to_string(t.arrayInner) + "]";
   return name;
 }
 
@@ -137,7 +148,7 @@ bool CommonType(const CFxType &a, const CFxType &b, CFxType &out) {
 }
 
 bool ParseSwizzle(const std::string &text, int size, std::vector<int> &index) {
-  static const char *const sets[] = {"xyzw", "rgba"};
+  static const char *const sets[] = {"xyzw", "rgba", "stpq"};
   index.clear();
   if (text.empty() || text.size() > 4) return false;
   for (const char *set : sets) {

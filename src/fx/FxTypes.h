@@ -10,7 +10,8 @@ struct FxStructDef;
 
 enum class EFxBase : uint8_t {
   Void, Bool, Int, Fixed, Half, Float,  // numeric ones ordered by rank
-  String, Texture, Sampler1D, Sampler2D, Sampler3D, SamplerCube, SamplerRect, Struct
+  String, Texture, Sampler1D, Sampler2D, Sampler3D, SamplerCube, SamplerRect, Struct,
+  Program  // `vertexshader` and `pixelshader` variables: compiled programs that passes pick
 };
 
 struct CFxType {
@@ -19,6 +20,7 @@ struct CFxType {
   uint8_t cols = 1;  // vector size or matrix columns
   bool matrix = false;
   int arraySize = 0;  // 0: not an array
+  int arrayInner = 0;  // arrays of arrays: each element's size (GLSL gets one flat array)
   const FxStructDef *structDef = nullptr;
 
   static CFxType Scalar(EFxBase b) { return CFxType{b}; }
@@ -32,7 +34,9 @@ struct CFxType {
   bool IsMatrix() const { return IsNumeric() && matrix; }
   bool IsSampler() const { return base >= EFxBase::Sampler1D && base <= EFxBase::SamplerRect; }
   int Components() const { return rows * cols; }
-  CFxType Element() const;        // array element, or the type itself
+  CFxType Element() const;        // array element (a row of an array of arrays), or the type itself
+  CFxType Leaf() const;           // what the array holds at the bottom, or the type itself
+  int FlatCount() const { return arraySize * (arrayInner > 0 ? arrayInner : 1); }
   CFxType WithBase(EFxBase b) const;
   bool operator==(const CFxType &o) const;
   bool operator!=(const CFxType &o) const { return !(*this == o); }

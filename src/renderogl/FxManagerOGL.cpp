@@ -211,7 +211,7 @@ bool CFxManagerOGL::SetPassState(CFx &fx, const CFxPass &pass) {
     return false;
   }
   glUseProgram(p->program ? p->program->m_Name : 0);
-  for (const FxStateValue &state : pass.states) ApplyFxPassState(state);
+  for (const FxStateValue &state : pass.states) ApplyFxPassState(fx.Effect()->StateNow(state));
   // Texture units are shared by every program: bind them all again.
   Send(*p, true);
   return true;

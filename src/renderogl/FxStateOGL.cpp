@@ -39,6 +39,53 @@ void ApplyFxPassState(const FxStateValue &s) {
     case EFxState::StencilFunc: glStencilFunc(E(v[0]), static_cast<GLint>(v[1]), static_cast<GLuint>(v[2])); break;
     case EFxState::StencilOp: glStencilOp(E(v[0]), E(v[1]), E(v[2])); break;
     case EFxState::StencilMask: glStencilMask(static_cast<GLuint>(v[0])); break;
+    case EFxState::BlendEquationSeparate: glBlendEquationSeparate(E(v[0]), E(v[1])); break;
+    case EFxState::StencilFuncSeparate:
+      glStencilFuncSeparate(E(v[0]), E(v[1]), static_cast<GLint>(v[2]), static_cast<GLuint>(v[3]));
+      break;
+    case EFxState::StencilOpSeparate: glStencilOpSeparate(E(v[0]), E(v[1]), E(v[2]), E(v[3])); break;
+    case EFxState::StencilMaskSeparate: glStencilMaskSeparate(E(v[0]), static_cast<GLuint>(v[1])); break;
+    case EFxState::ScissorTestEnable: Enable(GL_SCISSOR_TEST, v[0]); break;
+    case EFxState::DepthClampEnable: Enable(GL_DEPTH_CLAMP, v[0]); break;
+    case EFxState::DepthRange: glDepthRange(v[0], v[1]); break;
+    case EFxState::DitherEnable: Enable(GL_DITHER, v[0]); break;
+    case EFxState::LineSmoothEnable: Enable(GL_LINE_SMOOTH, v[0]); break;
+    case EFxState::PointSmoothEnable: Enable(GL_POINT_SMOOTH, v[0]); break;
+    case EFxState::PolygonSmoothEnable: Enable(GL_POLYGON_SMOOTH, v[0]); break;
+    case EFxState::MultisampleEnable: Enable(GL_MULTISAMPLE, v[0]); break;
+    case EFxState::SampleAlphaToCoverageEnable: Enable(GL_SAMPLE_ALPHA_TO_COVERAGE, v[0]); break;
+    case EFxState::SampleAlphaToOneEnable: Enable(GL_SAMPLE_ALPHA_TO_ONE, v[0]); break;
+    case EFxState::ColorLogicOpEnable: Enable(GL_COLOR_LOGIC_OP, v[0]); break;
+    case EFxState::LogicOp: glLogicOp(E(v[0])); break;
+    case EFxState::ShadeModel: glShadeModel(E(v[0])); break;
+    case EFxState::VertexProgramPointSizeEnable: Enable(GL_VERTEX_PROGRAM_POINT_SIZE, v[0]); break;
+    case EFxState::PointSpriteEnable: Enable(GL_POINT_SPRITE, v[0]); break;
+    case EFxState::LineStippleEnable: Enable(GL_LINE_STIPPLE, v[0]); break;
+    case EFxState::PolygonStippleEnable: Enable(GL_POLYGON_STIPPLE, v[0]); break;
+    case EFxState::LightingEnable: Enable(GL_LIGHTING, v[0]); break;
+    case EFxState::FogEnable: Enable(GL_FOG, v[0]); break;
+    case EFxState::ClipPlaneEnable0:
+    case EFxState::ClipPlaneEnable1:
+    case EFxState::ClipPlaneEnable2:
+    case EFxState::ClipPlaneEnable3:
+      Enable(GL_CLIP_PLANE0 + static_cast<GLenum>(s.state) - static_cast<GLenum>(EFxState::ClipPlaneEnable0), v[0]);
+      break;
+    case EFxState::CullMode:
+      // With GL's counter-clockwise front faces, culling clockwise triangles
+      // culls the back.
+      Enable(GL_CULL_FACE, v[0]);
+      glCullFace(v[0] == GL_CCW ? GL_FRONT : GL_BACK);
+      break;
+    case EFxState::SrcBlend:
+    case EFxState::DestBlend: {
+      GLint src = GL_ONE, dst = GL_ZERO;
+      glGetIntegerv(GL_BLEND_SRC_RGB, &src);
+      glGetIntegerv(GL_BLEND_DST_RGB, &dst);
+      if (s.state == EFxState::SrcBlend) glBlendFunc(E(v[0]), static_cast<GLenum>(dst));
+      else glBlendFunc(static_cast<GLenum>(src), E(v[0]));
+      break;
+    }
+    case EFxState::FillMode: glPolygonMode(GL_FRONT_AND_BACK, E(v[0])); break;
     default: break;  // programs and sampler states go elsewhere
   }
 }
@@ -104,6 +151,13 @@ void ApplyFxSamplerState(GLenum target, const FxStateValue &s) {
     }
     case EFxState::LodBias: glTexParameterf(target, GL_TEXTURE_LOD_BIAS, F(v[0])); break;
     case EFxState::GenerateMipmap: glTexParameteri(target, GL_GENERATE_MIPMAP, v[0] != 0 ? GL_TRUE : GL_FALSE); break;
+    case EFxState::MaxMipLevel: glTexParameteri(target, GL_TEXTURE_MAX_LEVEL, static_cast<GLint>(v[0])); break;
+    case EFxState::MinMipLevel: glTexParameteri(target, GL_TEXTURE_BASE_LEVEL, static_cast<GLint>(v[0])); break;
+    case EFxState::MaxLod: glTexParameterf(target, GL_TEXTURE_MAX_LOD, F(v[0])); break;
+    case EFxState::MinLod: glTexParameterf(target, GL_TEXTURE_MIN_LOD, F(v[0])); break;
+    case EFxState::CompareMode: glTexParameteri(target, GL_TEXTURE_COMPARE_MODE, static_cast<GLint>(v[0])); break;
+    case EFxState::CompareFunc: glTexParameteri(target, GL_TEXTURE_COMPARE_FUNC, static_cast<GLint>(v[0])); break;
+    case EFxState::DepthMode: glTexParameteri(target, GL_DEPTH_TEXTURE_MODE, static_cast<GLint>(v[0])); break;
     default: break;
   }
 }

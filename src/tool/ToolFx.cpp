@@ -65,22 +65,23 @@ int RunFx(int argc, char **argv) {
   fputs(diag.Listing().c_str(), stderr);
   if (!effect) return 1;
   fputs(DescribeEffect(*effect).c_str(), stdout);
+  // Every pass is translated, with or without --glsl: function bodies are
+  // only checked there, and a listing must not pass an effect that fails.
   int result = 0;
-  if (glsl) {
-    for (const CFxTechnique &t : effect->Techniques())
-      for (const CFxPass &p : t.passes) {
-        CFxDiagnostics passDiag;
-        CFxPassProgram program;
-        bool ok = effect->TranslatePass(p, program, passDiag);
-        fputs(passDiag.Listing().c_str(), stderr);
-        if (!ok) {
-          result = 1;
-          continue;
-        }
-        if (!program.vertex.empty()) printf("// technique %s, pass %s: vertex\n%s", t.name.c_str(), p.name.c_str(), program.vertex.c_str());
-        if (!program.fragment.empty()) printf("// technique %s, pass %s: fragment\n%s", t.name.c_str(), p.name.c_str(), program.fragment.c_str());
+  for (const CFxTechnique &t : effect->Techniques())
+    for (const CFxPass &p : t.passes) {
+      CFxDiagnostics passDiag;
+      CFxPassProgram program;
+      bool ok = effect->TranslatePass(p, program, passDiag);
+      fputs(passDiag.Listing().c_str(), stderr);
+      if (!ok) {
+        result = 1;
+        continue;
       }
-  }
+      if (!glsl) continue;
+      if (!program.vertex.empty()) printf("// technique %s, pass %s: vertex\n%s", t.name.c_str(), p.name.c_str(), program.vertex.c_str());
+      if (!program.fragment.empty()) printf("// technique %s, pass %s: fragment\n%s", t.name.c_str(), p.name.c_str(), program.fragment.c_str());
+    }
   if (validate) {
     int linked = Validate(path);
     if (linked) return linked;

@@ -84,7 +84,7 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
     const char *message;
   } cases[] = {
       {"float4 f() {\n  return 1\n}\ntechnique T { pass {} }", "t.cgfx(3): expected ';', found '}'"},
-      {"technique T {\n pass {\n  ZWriteEnable = true;\n }\n}", "t.cgfx(3): unknown state 'ZWriteEnable'"},
+      {"technique T {\n pass {\n  ZWriteEnabled = true;\n }\n}", "t.cgfx(3): unknown state 'ZWriteEnabled'"},
       {"technique T { pass { BlendFunc = int2(SrcAlpha, Sideways); } }", "t.cgfx(1): bad value 'Sideways' for BlendFunc"},
       {"technique T { pass { BlendFunc = SrcAlpha; } }", "t.cgfx(1): BlendFunc takes 2 values, not 1"},
       {"sampler2D s = sampler_state {\n Texture = <nothing>; };\ntechnique T { pass {} }",
@@ -96,7 +96,7 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
       {"mystery x;\ntechnique T { pass {} }", "t.cgfx(1): unknown type 'mystery'"},
       {"float x = 1;", "t.cgfx(1): the effect has no technique"},
       {"float3 x = {1, 2};\ntechnique T { pass {} }", "t.cgfx(1): initialiser has 2 values, float3 needs 3"},
-      {"float4 PS() : COLOR { float4 v = 1; return v.q; }\n" + pass, "t.cgfx(1): no member 'q' in float4"},
+      {"float4 PS() : COLOR { float4 v = 1; return v.xq; }\n" + pass, "t.cgfx(1): no member 'xq' in float4"},
       {"float4 PS() : COLOR { float4x4 m = 1; return m * float4(1, 1, 1, 1); }\n" + pass,
        "t.cgfx(1): operator '*' cannot combine float4x4 and float4"},
       {"float4 PS() : COLOR { return mul(float3x3(1,0,0,0,1,0,0,0,1), float2(1, 1)).xyzz; }\n" + pass,
@@ -105,7 +105,7 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
       {"float F(float a) { return a; }\nfloat F(half a) { return a; }\nfloat4 PS() : COLOR { return F(1); }\n" + pass,
        "t.cgfx(3): ambiguous call of F with (int)"},
       {"float4 PS() : COLOR { const float k = 1; k = 2; return k; }\n" + pass, "t.cgfx(1): cannot assign to const 'k'"},
-      {"float g;\nfloat4 PS() : COLOR { g = 2; return g; }\n" + pass, "t.cgfx(2): cannot assign to parameter 'g'"},
+      {"sampler2D g;\nfloat4 PS() : COLOR { g = g; return 1; }\n" + pass, "t.cgfx(2): cannot assign to parameter 'g' of type sampler2D"},
       {"float4 PS() : COLOR { int i = 1 & 2; return i; }\n" + pass, "t.cgfx(1): operator '&' is not supported"},
       {"float4 PS(float4 c) : COLOR { return c; }\n" + pass, "t.cgfx(1): an entry input or output has no semantic"},
       {"float4 PS() : TEXCOORD0 { return 1; }\n" + pass, "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},

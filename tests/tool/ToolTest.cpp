@@ -65,6 +65,21 @@ TEST(ToolCheck, WorksFromAnyFolderAndNamesFilesThatCannotBeLoaded) {
   EXPECT_EQ(left.size(), 4u) << "the tool wrote into the user's folder";
 }
 
+// The plain listing checks the code its passes reach, so that exit status 0
+// means the effect translates.
+TEST(ToolFx, ListingFailsAnEffectWhoseCodeDoesNotTranslate) {
+  TempDir dir;
+  const std::string head = "float4 PS() : COLOR { float4 v = 1;\n";
+  const std::string tail = "technique T { pass P { FragmentProgram = compile fp40 PS(); } }\n";
+  dir.Write("good.cgfx", head + "return v[3]; }\n" + tail);
+  dir.Write("bad.cgfx", head + "return v[4]; }\n" + tail);
+  Result good = Tool(dir.Path(), "fx good.cgfx");
+  EXPECT_EQ(good.status, 0);
+  EXPECT_EQ(good.out, "technique T\n  pass P\n    FragmentProgram = compile fp40 PS()\n");
+  EXPECT_EQ(Tool(dir.Path(), "fx bad.cgfx", dir / "err.txt").status, 1);
+  EXPECT_NE(TempDir::Read(dir / "err.txt").find("bad.cgfx(2): index 4 is out of range for float4"), std::string::npos);
+}
+
 TEST(ToolEval, PrintsPortsAtATimeInTheOrderAsked) {
   TempDir dir;
   dir.Write("s.vms", Scene("<Node Type=\"Screen\" Name=\"Screen1\"/><Node Type=\"Clear\" Name=\"Clear1\"/>"
