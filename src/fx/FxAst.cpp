@@ -7,6 +7,7 @@ FxExpr::~FxExpr() {
   while (!pending.empty()) {
     FxExprPtr e = std::move(pending.back());
     pending.pop_back();
+    if (!e) continue;  // a slot the parser left empty
     for (FxExprPtr &a : e->args) pending.push_back(std::move(a));
     e->args.clear();
   }
