@@ -240,7 +240,7 @@ void CVelmor::StoreSerialized(CSerialize &s) {
 
 CScene *CVelmor::LoadScene(const std::string &path) {
   TiXmlDocument doc;
-  if (!doc.LoadFile(ResolvePath(path).c_str())) {
+  if (!LoadXmlDocument(doc, ResolvePath(path))) {
     LogError("Failed to load '%s'. File missing.", path.c_str());
     return nullptr;
   }

@@ -169,7 +169,7 @@ bool CScene::LoadExternal() {
   if (m_File.empty()) return true;
   std::string path = ResolvePath(Expand(m_File));
   TiXmlDocument doc;
-  if (!doc.LoadFile(path.c_str())) return LogError("Unable to load scene file \"%s\".", path.c_str());
+  if (!LoadXmlDocument(doc, path)) return LogError("Unable to load scene file \"%s\".", path.c_str());
   TiXmlElement *root = doc.FirstChildElement("Velmor");
   TiXmlElement *scenes = root ? root->FirstChildElement("Scenes") : nullptr;
   TiXmlElement *scene = scenes ? scenes->FirstChildElement("Scene") : nullptr;
