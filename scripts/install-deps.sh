@@ -21,6 +21,8 @@ PACKAGES=(
   libfftw3-dev
   # benchmark baseline for the expression language
   libmuparser-dev
+  # fuzzing the file readers: clang with libFuzzer (scripts/fuzz.sh)
+  clang libclang-rt-14-dev
 )
 
 missing=()

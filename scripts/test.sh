@@ -11,7 +11,16 @@ cd "$root/build/asan"
 export ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=0}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
 ctest_args=(--output-on-failure -j "$(nproc)" "$@")
+status=0
 if [ -z "${DISPLAY:-}" ] || [ "${VELMOR_OWN_XVFB:-1}" = 1 ]; then
-  exec xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX +extension RANDR -noreset" ctest "${ctest_args[@]}"
+  xvfb-run -a -s "-screen 0 1280x1024x24 +extension GLX +extension RANDR -noreset" ctest "${ctest_args[@]}" || status=$?
+else
+  ctest "${ctest_args[@]}" || status=$?
 fi
-exec ctest "${ctest_args[@]}"
+# Every reader of files from strangers is fuzzed briefly on its seeds, so that
+# one that breaks shows here (VELMOR_FUZZ_SECONDS=0 skips this).
+fuzz_seconds=${VELMOR_FUZZ_SECONDS:-30}
+if [ "$fuzz_seconds" -gt 0 ]; then
+  bash "$root/scripts/fuzz.sh" "$fuzz_seconds" || status=1
+fi
+exit $status

@@ -56,8 +56,10 @@ class CVelmor : public IVelmorEngine {
   // `background` is required; the others may be null.
   bool AddCombination(CScene *background, CScene *foreground, CScene *postprocessing);
   // Every background x foreground x postprocessing combination the pools
-  // allow, weighed against the standalone entries.
+  // allow, weighed against the standalone entries; at most
+  // MaxLayerCombinations of them, evenly sampled.
   void BuildCombinations();
+  static constexpr size_t MaxLayerCombinations = 4096;
 
   void GetPresetName(int index, char *out) override;
   int GetPresetCount() override;

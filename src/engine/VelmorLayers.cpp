@@ -1,5 +1,6 @@
 // Layers: what the foreground pool may not keep, and the play list entries
 // the three pools combine into.
+#include <algorithm>
 #include <memory>
 #include <unordered_set>
 #include <vector>
@@ -62,11 +63,23 @@ bool CVelmor::AddCombination(CScene *background, CScene *foreground, CScene *pos
 }
 
 void CVelmor::BuildCombinations() {
+  std::vector<CScene *> backgrounds;
+  for (const auto &background : m_BackgroundScenes) backgrounds.push_back(background.get());
   const std::vector<CScene *> foregrounds = Choices(m_ForegroundScenes);
   const std::vector<CScene *> postprocessings = Choices(m_PostprocessingScenes);
-  for (const auto &background : m_BackgroundScenes)
-    for (CScene *foreground : foregrounds)
-      for (CScene *postprocessing : postprocessings) AddCombination(background.get(), foreground, postprocessing);
+  // The pools multiply: a few hundred entries in each would make millions.
+  // Past the limit an even sample keeps the order, background slowest.
+  const size_t perBackground = foregrounds.size() * postprocessings.size();
+  const size_t total = backgrounds.size() * perBackground;
+  const size_t kept = std::min(total, MaxLayerCombinations);
+  if (kept < total)
+    LogError("The project's pools make %zu layer combinations, more than %zu: an even sample of %zu is kept", total,
+             MaxLayerCombinations, kept);
+  for (size_t k = 0; k < kept; ++k) {
+    const size_t i = static_cast<size_t>(static_cast<double>(k) * static_cast<double>(total) / static_cast<double>(kept));
+    AddCombination(backgrounds[i / perBackground], foregrounds[i % perBackground / postprocessings.size()],
+                   postprocessings[i % postprocessings.size()]);
+  }
 
   long layered = 0;
   for (const auto &entry : m_Scenes) layered += entry->m_IsLayered ? 1 : 0;

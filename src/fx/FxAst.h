@@ -34,6 +34,13 @@ enum class EFxExpr : uint8_t {
 };
 
 struct FxExpr {
+  FxExpr() = default;
+  FxExpr(const FxExpr &) = delete;
+  FxExpr &operator=(const FxExpr &) = delete;
+  // Without recursion: a hostile text can chain operators far deeper than
+  // the stack reaches.
+  ~FxExpr();
+
   EFxExpr kind = EFxExpr::Literal;
   FxLocation at;
   std::string text;
@@ -151,3 +158,10 @@ struct FxTranslationUnit {
 
   const FxStructDef *FindStruct(const std::string &name) const;
 };
+
+// Deepest nesting of statements and expressions together that the checker
+// and the emitter, which recurse, are given.
+constexpr int MaxFxTreeDepth = 500;
+// Reports the first place where the unit nests deeper than MaxFxTreeDepth;
+// false then. Walks without recursion.
+bool CheckFxTreeDepth(const FxTranslationUnit &unit, CFxDiagnostics &diag);

@@ -87,6 +87,7 @@ std::unique_ptr<CFxEffect> CFxEffect::Create(const std::string &text, const std:
   CFxPreprocessor pp(diag, include);
   std::vector<FxToken> tokens = pp.Run(text, fileName);
   if (!diag.HasErrors()) CFxParser(tokens, diag).Parse(fx->m_Unit);
+  if (!diag.HasErrors()) CheckFxTreeDepth(fx->m_Unit, diag);
   if (diag.HasErrors() || !fx->Build(diag, FxLocation{diag.AddFile(fileName), 1})) return nullptr;
   fx->m_Files.AdoptFiles(diag);
   return fx;

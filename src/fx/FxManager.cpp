@@ -107,11 +107,11 @@ bool CFx::Create(const std::string &text, const std::string &fileName, const std
 }
 
 bool CFx::Load(const char *path) {
-  std::string text, p = path;
-  if (!ReadFxFile(p, text)) {
+  std::string text, p = path, why;
+  if (!ReadFxFile(p, text, &why)) {
     m_Device.reset();
     m_Effect.reset();
-    m_Manager->RaiseError(FX_FILE_READ_ERROR, "");
+    m_Manager->RaiseError(FX_FILE_READ_ERROR, p + ": " + why);
     return false;
   }
   return Create(text, p, FxFolderOf(p));

@@ -1,11 +1,10 @@
 #include "fx/FxPreprocessor.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
 namespace {
-constexpr size_t MaxExpansionDepth = 200;
-
 // Integer expression of an #if line, by precedence climbing.
 class CConditionEval {
  public:
@@ -49,7 +48,23 @@ class CConditionEval {
     }
     return op == "/" ? a / b : a % b;
   }
+  // Counts recursion, so that deep nesting is an error, not a stack overflow.
+  class CNest {
+   public:
+    explicit CNest(CConditionEval &e) : m_E(e) {
+      if (++m_E.m_Depth > CFxPreprocessor::MaxConditionDepth)
+        m_E.Fail("#if nested deeper than " + std::to_string(CFxPreprocessor::MaxConditionDepth));
+    }
+    ~CNest() { --m_E.m_Depth; }
+    bool Over() const { return m_E.m_Failed; }
+
+   private:
+    CConditionEval &m_E;
+  };
+
   long Ternary() {
+    CNest nest(*this);
+    if (nest.Over()) return 0;
     long c = Binary(1);
     if (!Accept("?")) return c;
     long a = Ternary();
@@ -71,8 +86,11 @@ class CConditionEval {
     return lhs;
   }
   long Unary() {
+    CNest nest(*this);
+    if (nest.Over()) return 0;
     if (Accept("!")) return !Unary();
-    if (Accept("-")) return -Unary();
+    // in unsigned arithmetic: the most negative value negates to itself
+    if (Accept("-")) return static_cast<long>(0UL - static_cast<unsigned long>(Unary()));
     if (Accept("+")) return Unary();
     if (Accept("~")) return ~Unary();
     if (Accept("(")) {
@@ -107,6 +125,7 @@ class CConditionEval {
   CFxDiagnostics &m_Diag;
   FxLocation m_At;
   size_t m_I = 0;
+  int m_Depth = 0;
   bool m_Failed = false;
 };
 
@@ -145,6 +164,10 @@ void CFxPreprocessor::Define(const std::string &name, const std::string &value) 
 std::vector<FxToken> CFxPreprocessor::Run(const std::string &text, const std::string &fileName) {
   m_Out.clear();
   m_Conds.clear();
+  m_IncludePath = {fileName};
+  m_Includes = 0;
+  m_ExpansionBytes = 0;
+  m_ExpansionSpent = false;
   ProcessFile(text, m_Diag.AddFile(fileName), 0);
   Flush();
   for (const Cond &c : m_Conds) m_Diag.Error(c.at, "#if without #endif");
@@ -242,13 +265,25 @@ void CFxPreprocessor::IncludeDirective(const std::vector<FxToken> &line, FxLocat
     m_Diag.Error(at, "#include expects \"file\" or <file>");
     return;
   }
+  // Names are relative to the effect's folder; the effect itself may be
+  // named by its whole path.
+  auto same = [&name](const std::string &file) {
+    return file == name || (file.size() > name.size() && file.ends_with(name) &&
+                            file[file.size() - name.size() - 1] == '/');
+  };
   std::string text;
   if (depth + 1 > MaxIncludeDepth) {
     m_Diag.Error(at, "#include nested too deeply: " + name);
+  } else if (std::any_of(m_IncludePath.begin(), m_IncludePath.end(), same)) {
+    m_Diag.Error(at, "#include of '" + name + "' inside itself");
+  } else if (++m_Includes > MaxIncludes) {
+    m_Diag.Error(at, "more than " + std::to_string(MaxIncludes) + " #include files: " + name);
   } else if (!m_Include || !m_Include(name, text)) {
-    m_Diag.Error(at, "cannot open include file '" + name + "'");
+    m_Diag.Error(at, "cannot open include file '" + name + "'" + (text.empty() ? "" : ": " + text));
   } else {
+    m_IncludePath.push_back(name);
     ProcessFile(text, m_Diag.AddFile(name), depth + 1);
+    m_IncludePath.pop_back();
   }
 }
 
@@ -317,18 +352,28 @@ void CFxPreprocessor::Flush() {
   Expand(pending, m_Out, pending.front().at);
 }
 
+bool CFxPreprocessor::Spend(const std::vector<FxToken> &tokens, size_t from, size_t to, FxLocation at) {
+  for (size_t i = from; i < to && !m_ExpansionSpent; ++i) m_ExpansionBytes += sizeof(FxToken) + tokens[i].text.size();
+  if (!m_ExpansionSpent && m_ExpansionBytes > MaxExpansionBytes) {
+    m_Diag.Error(at, "macro expansion larger than " + std::to_string(MaxExpansionBytes >> 20) + " MB");
+    m_ExpansionSpent = true;
+  }
+  return !m_ExpansionSpent;
+}
+
 void CFxPreprocessor::Expand(const std::vector<FxToken> &in, std::vector<FxToken> &out, FxLocation at) {
-  if (m_Active.size() > MaxExpansionDepth) {
+  if (m_ExpandDepth >= MaxExpansionDepth) {
     m_Diag.Error(at, "macro expansion too deep");
     return;
   }
-  for (size_t i = 0; i < in.size(); ++i) {
+  ++m_ExpandDepth;
+  for (size_t i = 0; i < in.size() && !m_ExpansionSpent; ++i) {
     const FxToken &t = in[i];
     auto it = t.kind == EFxTok::Identifier ? m_Macros.find(t.text) : m_Macros.end();
     bool blocked = it == m_Macros.end();
     for (const std::string &a : m_Active) blocked = blocked || a == t.text;
     if (blocked) {
-      out.push_back(t);
+      if (Spend(in, i, i + 1, at)) out.push_back(t);
       continue;
     }
     const Macro m = it->second;  // a copy: expansion may not redefine, but stays safe if it does
@@ -340,12 +385,14 @@ void CFxPreprocessor::Expand(const std::vector<FxToken> &in, std::vector<FxToken
       ExpandCall(in, i, m, out);
       continue;
     }
+    if (!Spend(m.body, 0, m.body.size(), at)) break;
     std::vector<FxToken> body = m.body;
     for (FxToken &b : body) b.at = t.at;
     m_Active.push_back(t.text);
     Expand(body, out, t.at);
     m_Active.pop_back();
   }
+  --m_ExpandDepth;
 }
 
 bool CFxPreprocessor::ExpandCall(const std::vector<FxToken> &in, size_t &i, const Macro &m, std::vector<FxToken> &out) {
@@ -358,6 +405,10 @@ bool CFxPreprocessor::ExpandCall(const std::vector<FxToken> &in, size_t &i, cons
     if (in[j].Is(")") && level-- == 0) break;
     if (in[j].Is(",") && level == 0) args.emplace_back();
     else args.back().push_back(in[j]);
+  }
+  if (!Spend(in, i + 2, j, name.at)) {
+    i = in.size();
+    return false;
   }
   if (j >= in.size()) {
     m_Diag.Error(name.at, "unterminated call of macro " + name.text);
@@ -394,6 +445,7 @@ bool CFxPreprocessor::ExpandCall(const std::vector<FxToken> &in, size_t &i, cons
       body.push_back(t);
     }
   }
+  if (!Spend(body, 0, body.size(), name.at)) return false;
   for (FxToken &t : body) t.at = name.at;
   m_Active.push_back(name.text);
   Expand(body, out, name.at);

@@ -2,8 +2,8 @@
 
 #include <cctype>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
 
 namespace {
 std::string g_ShaderHeader;
@@ -35,18 +35,40 @@ std::string FilterShaderHeader(const std::string &bytes) {
   return out;
 }
 
-bool ReadFxFile(const std::string &path, std::string &text) {
+bool ReadFxFile(const std::string &path, std::string &text, std::string *why) {
+  auto fail = [why](std::string reason) {
+    if (why) *why = std::move(reason);
+    return false;
+  };
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) return fail("");
+  // A device or a pipe could be read forever; a real effect is a small file.
+  if (!std::filesystem::is_regular_file(path, error)) return fail("not a file");
+  uintmax_t size = std::filesystem::file_size(path, error);
+  if (!error && size > MaxFxFileBytes) return fail("larger than " + std::to_string(MaxFxFileBytes >> 20) + " MB");
   std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream s;
-  s << in.rdbuf();
-  text = s.str();
+  if (error || !in) return fail("cannot be read");
+  text.assign(static_cast<size_t>(size), '\0');
+  in.read(text.data(), static_cast<std::streamsize>(size));
+  text.resize(static_cast<size_t>(in.gcount()));
   return true;
 }
 
 FxIncludeCallback FxFolderIncludes(const std::string &folder) {
   return [folder](const std::string &name, std::string &text) {
-    return ReadFxFile(name[0] == '/' ? name : folder + name, text);
+    std::filesystem::path relative(name);
+    bool up = false;
+    for (const auto &part : relative) up = up || part == "..";
+    if (up || relative.empty() || relative.is_absolute()) {
+      text = "include files come only from the effect's folder and nodedata";
+      return false;
+    }
+    std::string why;
+    if (!folder.empty() && (ReadFxFile(folder + name, text, &why) || !why.empty())) {
+      if (!why.empty()) text = why;
+      return why.empty();
+    }
+    return ReadFxFile("nodedata/" + name, text, &text);
   };
 }
 

@@ -6,10 +6,15 @@
 
 #include <string>
 
-// A whole file, bytes as they are; false when it cannot be read.
-bool ReadFxFile(const std::string &path, std::string &text);
-// Includes resolved against the folder of the including effect file
-// (`folder` ends with '/' or is empty).
+// No real effect or include file comes near this size.
+constexpr size_t MaxFxFileBytes = size_t{1} << 20;
+// A whole regular file of at most MaxFxFileBytes, bytes as they are; false
+// otherwise, with the reason in `why` when given.
+bool ReadFxFile(const std::string &path, std::string &text, std::string *why = nullptr);
+// Includes resolved against the folder of the effect file (`folder` ends
+// with '/' or is empty), then against nodedata/; absolute names and names
+// with ".." are refused. A text composed at run time has no folder (""):
+// its includes come from nodedata/ alone.
 FxIncludeCallback FxFolderIncludes(const std::string &folder);
 // The folder part of a path, with its '/', or "".
 std::string FxFolderOf(const std::string &path);

@@ -53,11 +53,21 @@ static void SerializeDate(CSerialize &s, const char *name, SceneDate &date) {
   }
 }
 
+// Longest warm-up a scene file may ask for, in seconds.
+constexpr float MAX_WARMUP_TIME = 60.0f;
+
 void SerializeDagGraph(CDag &dag, CSerialize &s) {
   dag.m_Name = s.Serialize("Name", dag.m_Name);
   dag.m_Desc = s.Serialize("Desc", dag.m_Desc);
   dag.m_Author = s.Serialize("Author", dag.m_Author);
   dag.m_WarmupTime = s.Serialize("WarmupTime", dag.m_WarmupTime);
+  // Warm-up runs fixed steps before the first frame: a huge value would
+  // never end (and past about 1e6 the float clock stops advancing).
+  if (!(dag.m_WarmupTime >= 0.0f && dag.m_WarmupTime <= MAX_WARMUP_TIME)) {
+    LogError("WarmupTime %g of scene \"%s\" is outside 0 to %g seconds", static_cast<double>(dag.m_WarmupTime),
+             dag.m_Name.c_str(), static_cast<double>(MAX_WARMUP_TIME));
+    dag.m_WarmupTime = dag.m_WarmupTime > 0.0f ? MAX_WARMUP_TIME : 0.0f;
+  }
   dag.m_SceneType = static_cast<uint32_t>(s.Serialize("SceneType", static_cast<int>(dag.m_SceneType)));
   dag.m_Version = s.Serialize("Version", static_cast<int>(dag.m_Version));
   SerializeDate(s, "Created", dag.m_Created);

@@ -1,6 +1,9 @@
 #include "scene/SerializeXML.h"
 
+#include "core/Log.h"
+
 #include <cmath>
+#include <filesystem>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -116,9 +119,17 @@ void CSerializeXMLLoad::StartAtRoot() {
   m_Stack.clear();
 }
 
+bool LoadXmlDocument(TiXmlDocument &document, const std::string &path) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) return false;
+  if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) > MaxDocumentBytes)
+    return LogError("\"%s\" is not a file of at most %zu MB", path.c_str(), MaxDocumentBytes >> 20);
+  return document.LoadFile(path.c_str());
+}
+
 bool CSerializeXMLLoad::Load(const std::string &file) {
   m_Document = std::make_unique<TiXmlDocument>();
-  bool ok = m_Document->LoadFile(file.c_str());
+  bool ok = LoadXmlDocument(*m_Document, file);
   if (ok) StartAtRoot();
   return ok;
 }

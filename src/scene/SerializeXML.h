@@ -44,6 +44,12 @@ class CSerializeXMLStore : public CSerialize {
   TiXmlElement *m_Top = nullptr;  // the caller's element, never left
 };
 
+// Reads a scene or project document: only a regular file of at most
+// MaxDocumentBytes (a folder or a device named in a file would otherwise
+// make the XML reader allocate without end). Logs why it refuses one.
+constexpr size_t MaxDocumentBytes = size_t{16} << 20;
+bool LoadXmlDocument(TiXmlDocument &document, const std::string &path);
+
 class CSerializeXMLLoad : public CSerialize {
  public:
   CSerializeXMLLoad();
