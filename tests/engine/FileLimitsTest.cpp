@@ -28,7 +28,7 @@ TEST(FileLimits, PoolsAndWarmUpAreBoundedWithAnError) {
   std::string layer = files.Scene({"layer", {}, {}, "<Node Type=\"Screen\" Name=\"Screen1\"/>", ""});
   StartRequest request;
   request.file = files.Project({warm, "[apppath]scenes"}, Times(layer, 17), Times(layer, 16), Times(layer, 16));
-  request.mode = 2;
+  request.settings = SettingsFor(MODE_FullScreen, APPTYPE_Screensaver);
   ASSERT_TRUE(engine.Start(request));
 
   size_t layered = 0;
