@@ -9,10 +9,11 @@
 
 #include "app/AppTypeWin.h"
 #include "app/CommandLine.h"
+#include "app/MovieRecorder.h"
 
 class CSerialize;
 
-class CAppTypeScreensaver : public CAppTypeWin {
+class CAppTypeScreensaver : public CAppTypeWin, private IMovieRecorder {
  public:
   using RendererMaker = std::function<std::unique_ptr<CRender>()>;
   CAppTypeScreensaver(CUserApp3d *userApp, RendererMaker makeRenderer);
@@ -45,6 +46,11 @@ class CAppTypeScreensaver : public CAppTypeWin {
   bool CreateRenderer();
   void WaitForPreview();
   void Screenshot(const std::string &path);
+  // Record mode writes through the renderer into the user's Screenshots.
+  bool StartMovie(const std::string &file) override;
+  bool WriteMovieFrame(int framesPerSecond) override;
+  void EndMovie() override;
+  bool SaveScreenshot(const std::string &file) override;
   double Seconds() const;
 
   RendererMaker m_MakeRenderer;

@@ -51,6 +51,9 @@ class CRenderOGLBase : public CRenderWin {
   bool SwitchToRenderUnit(int index) override;
   void ReadPixels(void *buffer) override;
   std::string Screenshot(const std::string &path) override;
+  bool BeginMovie(const std::string &file) override { return m_Screenshot.BeginMovie(file); }
+  void AddMovieFrame(int framesPerSecond) override { m_Screenshot.AddMovieFrame(framesPerSecond); }
+  void EndMovie() override { m_Screenshot.EndMovie(); }
 
   bool InitRenderUnit(CRenderWindow *window, CRenderUnitOGL &unit, CRenderUnitOGL *firstUnit);
   bool InitOpenGL(CRenderUnitOGL *unit);
