@@ -11,6 +11,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/imgutils.h>
+#include <libavutil/opt.h>
 #include <libswscale/swscale.h>
 }
 
@@ -56,6 +57,7 @@ class CFFmpegMovieWriter final : public IMovieWriter {
 
   bool Create(const std::string &file) override {
     Close();
+    av_log_set_level(AV_LOG_ERROR);  // the encoders' statistics are no news
     m_Error.clear();
     m_SoundChannels = 0;
     m_Lossless = !EndsWith(file, ".mp4") && !EndsWith(file, ".mkv");
@@ -165,7 +167,9 @@ class CFFmpegMovieWriter final : public IMovieWriter {
     } else {
       c->pix_fmt = PickPixelFormat(codec, {AV_PIX_FMT_YUV420P});
       c->gop_size = 2 * c->time_base.den;
-      c->bit_rate = static_cast<int64_t>(p.width) * p.height * c->time_base.den / 4;
+      // Visually lossless where x264 is there; a generous rate otherwise.
+      if (av_opt_set(c->priv_data, "crf", "18", 0) < 0)
+        c->bit_rate = static_cast<int64_t>(p.width) * p.height * c->time_base.den / 4;
     }
     if (!Open(m_Video, codec, c)) return false;
     m_Video.frame->format = c->pix_fmt;
