@@ -11,6 +11,7 @@
 #include "core/Log.h"
 #include "core/Random.h"
 #include "platform/SoundFileSource.h"
+#include "scene/SceneBase.h"
 #include "tool/ToolCommand.h"
 #include "tool/ToolScene.h"
 #include "tool/ToolSound.h"
@@ -62,7 +63,8 @@ class CTrack {
   std::vector<float> m_Samples;
 };
 
-// "frame 120/900  41.3 fps  19 s left", rewritten in place about twice a second.
+// "frame 120/900  41.3 fps  19 s left", rewritten in place about twice a
+// second, and a line for each scene that starts.
 class CProgress {
  public:
   explicit CProgress(int total) : m_Total(total) {}
@@ -76,6 +78,8 @@ class CProgress {
     fprintf(stderr, "\rframe %d/%d  %.1f fps  %.0f s left ", done, m_Total, rate, left);
     if (done == m_Total) fprintf(stderr, "\n");
   }
+  // "scene NAME at 12.3 s": where a project's scene changes fall in the movie.
+  void Scene(const std::string &name, double at) { fprintf(stderr, "\rscene %s at %.1f s\n", name.c_str(), at); }
 
  private:
   int m_Total;
@@ -128,18 +132,21 @@ int RunRecord(int argc, char **argv) {
   if (!window.Open(width, height, "velmor-tool record")) return 1;
   CScreenshot &movie = window.render.m_Screenshot;
   if (writing && !movie.BeginMovie(out, sound.Channels(), CSoundFileSource::OutputRate)) {
-    fprintf(stderr, "velmor-tool: can't create \"%s\"\n", out.c_str());
+    for (const std::string &e : log.errors) fprintf(stderr, "velmor-tool: %s\n", e.c_str());
     return 1;
   }
   // Steps of at most a thirtieth, as the program takes them live.
   const int steps = std::max(1, static_cast<int>(std::ceil(30.0 / fps)));
   const float step = 1.0f / static_cast<float>(fps * steps);
   CProgress progress(frames);
+  const CSceneBase *shown = nullptr;
   for (int i = 0; i < frames && (movie.MovieGood() || !writing); ++i) {
     for (int s = 0; s < steps; ++s) {
       tool.engine.Update(step);
       clock += step;
     }
+    if (tool.engine.m_ActiveScene != shown && (shown = tool.engine.m_ActiveScene))
+      progress.Scene(shown->GetName(), clock);
     window.render.Render3DEnvironment(false);
     progress.Frame(i + 1);
     if (!writing) continue;

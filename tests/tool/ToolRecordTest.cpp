@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "platform/MovieWriter.h"
 #include "tool/ToolRun.h"
@@ -54,5 +56,11 @@ TEST(ToolRecord, MoviesHoldEveryFrameAndTheTrack) {
   }
   // The same command again gives the same pictures.
   EXPECT_EQ(Record(dir, "", "again.avi")[0].frameHashes, Record(dir, "", "a.avi")[0].frameHashes);
+  // A track or a movie file that can't be had ends the command with a message.
   EXPECT_NE(Tool(Assets(), "record scenes/musicbars.vms --audio " + dir / "none.wav" + " -o " + dir / "c.avi").status, 0);
+  const std::string movie = dir / "no/such/folder.avi";
+  EXPECT_EQ(Tool(Assets(), "record scenes/musicbars.vms --audio " + dir / "track.wav" + " -o " + movie, dir / "err").status, 1);
+  std::ifstream err(dir / "err");
+  const std::string text((std::istreambuf_iterator<char>(err)), std::istreambuf_iterator<char>());
+  EXPECT_NE(text.find("Failed to create movie file \"" + movie + "\""), std::string::npos) << text;
 }
