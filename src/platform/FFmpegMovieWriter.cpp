@@ -78,9 +78,8 @@ class CFFmpegMovieWriter final : public IMovieWriter {
 
   bool AddFrame(const MoviePicture &picture) override {
     if (!m_Format || !picture.bgr) return Fail("no movie file");
-    if (!m_Video.context && !Start(picture)) return false;
-    AVCodecContext *c = m_Video.context;
-    if (picture.width != c->width || picture.height != c->height) return Fail("a frame of another size");
+    if (!m_Started && (m_Video.context || !Start(picture))) return Fail("the movie couldn't start");
+    if (picture.width != m_Width || picture.height != m_Height) return Fail("a frame of another size");
     if (av_frame_make_writable(m_Video.frame) < 0) return Fail("out of memory");
     // Bottom-up rows: start at the last one and step backwards.
     const int stride = (picture.width * 3 + 3) & ~3;
@@ -102,8 +101,8 @@ class CFFmpegMovieWriter final : public IMovieWriter {
   }
 
   bool Finish() override {
-    bool ok = m_Format && m_Video.context && m_Error.empty();
-    if (m_Format && m_Video.context) {
+    bool ok = m_Started && m_Error.empty();
+    if (m_Started) {
       if (m_Sound.context) ok = SendSound(true) && Encode(m_Sound, nullptr) && ok;
       ok = Encode(m_Video, nullptr) && ok;
       const int r = av_write_trailer(m_Format);
@@ -129,6 +128,7 @@ class CFFmpegMovieWriter final : public IMovieWriter {
     }
     m_Video.Reset();
     m_Sound.Reset();
+    m_Started = false;
     sws_freeContext(m_Scale);
     m_Scale = nullptr;
     m_Pending.clear();
@@ -157,8 +157,11 @@ class CFFmpegMovieWriter final : public IMovieWriter {
     if (!codec) return Fail("no video encoder");
     AVCodecContext *c = m_Video.context = avcodec_alloc_context3(codec);
     if (!c) return Fail("out of memory");
-    c->width = p.width;
-    c->height = p.height;
+    // 4:2:0 pictures need even sides: an odd last row or column is scaled in.
+    m_Width = p.width;
+    m_Height = p.height;
+    c->width = m_Lossless ? p.width : std::max(2, p.width & ~1);
+    c->height = m_Lossless ? p.height : std::max(2, p.height & ~1);
     c->time_base = AVRational{1, std::clamp(p.framesPerSecond, 1, 1000)};
     c->framerate = AVRational{c->time_base.den, 1};
     if (m_Lossless) {
@@ -177,11 +180,13 @@ class CFFmpegMovieWriter final : public IMovieWriter {
     m_Video.frame->height = c->height;
     if (av_frame_get_buffer(m_Video.frame, 0) < 0) return Fail("out of memory");
     m_Scale = sws_getContext(p.width, p.height, AV_PIX_FMT_BGR24, c->width, c->height, c->pix_fmt,
-                             SWS_POINT | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr, nullptr, nullptr);
+                             m_Lossless ? SWS_POINT : SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT, nullptr,
+                             nullptr, nullptr);
     if (!m_Scale) return Fail("no conversion to the encoder's pixels");
     if (m_SoundChannels > 0 && !StartSound()) return false;
     const int r = avformat_write_header(m_Format, nullptr);
-    return r >= 0 || Fail("can't write the movie's header: " + AvError(r));
+    m_Started = r >= 0;
+    return m_Started || Fail("can't write the movie's header: " + AvError(r));
   }
 
   bool StartSound() {
@@ -251,6 +256,8 @@ class CFFmpegMovieWriter final : public IMovieWriter {
   SwsContext *m_Scale = nullptr;
   Encoder m_Video, m_Sound;
   bool m_Lossless = true;
+  bool m_Started = false;
+  int m_Width = 0, m_Height = 0;  // of the pictures  // the header is written: frames and a trailer may follow
   int m_SoundChannels = 0, m_SoundRate = 44100;
   std::vector<float> m_Pending;
   std::string m_Error;
