@@ -166,6 +166,10 @@ class CFFmpegMovieWriter final : public IMovieWriter {
     c->framerate = AVRational{c->time_base.den, 1};
     if (m_Lossless) {
       c->gop_size = 1;  // every frame a key frame
+      // Version 3 cuts a picture into slices that encode on every core.
+      c->level = 3;
+      c->thread_count = 0;
+      av_opt_set_int(c->priv_data, "slices", 16, 0);
       c->pix_fmt = PickPixelFormat(codec, {AV_PIX_FMT_0RGB32, AV_PIX_FMT_GBRP});
     } else {
       c->pix_fmt = PickPixelFormat(codec, {AV_PIX_FMT_YUV420P});
