@@ -17,6 +17,8 @@ PACKAGES=(
   libtinyxml-dev
   libx11-dev libxrandr-dev libxext-dev libxss-dev libgl-dev libglew-dev libfreeimage-dev
   libpulse-dev libsndfile1-dev
+  # movies: record mode and velmor-tool record write through FFmpeg
+  libavformat-dev libavcodec-dev libswscale-dev libavutil-dev
   # benchmark baseline for the audio spectrum
   libfftw3-dev
   # benchmark baseline for the expression language

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <tinyxml.h>
 
 #include "app/Folders.h"
@@ -80,6 +81,15 @@ bool CAppTypeScreensaver::Init(const std::string &commandLine) {
   m_ParentWindow = cl.parentWindow;
   m_File = cl.file;
   m_MovieFile = cl.movieFile;
+  if (m_Mode == MODE_Record) {
+    // A relative movie name lands in the user's Screenshots, beside F9's
+    // pictures; --seconds shortens the recording instead of the run.
+    if (m_MovieFile.empty()) m_MovieFile = "movie.avi";
+    if (m_MovieFile[0] != '/') m_MovieFile = JoinPath(JoinPath(m_UserPath, "Screenshots"), m_MovieFile);
+    if (m_RunSeconds > 0.0) m_RecordSeconds = static_cast<float>(m_RunSeconds);
+    m_RunSeconds = 0.0;
+    SetMovieRecorder(this);
+  }
 
   CSerializeXMLLoad config;
   if (!m_ConfigFile.empty()) config.Load(m_ConfigFile);  // a missing file leaves the defaults
@@ -287,4 +297,27 @@ void CAppTypeScreensaver::Serialize(CSerialize &s) {
   s.LeaveElement();
   s.LeaveElement();
   s.LeaveElement();
+}
+
+bool CAppTypeScreensaver::StartMovie(const std::string &file) {
+  auto *win = dynamic_cast<CRenderWin *>(m_Render);
+  if (!win) return false;
+  std::error_code ignored;
+  std::filesystem::create_directories(std::filesystem::path(file).parent_path(), ignored);
+  return win->BeginMovie(file);
+}
+
+bool CAppTypeScreensaver::WriteMovieFrame(int framesPerSecond) {
+  auto *win = dynamic_cast<CRenderWin *>(m_Render);
+  if (win) win->AddMovieFrame(framesPerSecond);
+  return win != nullptr;
+}
+
+void CAppTypeScreensaver::EndMovie() {
+  if (auto *win = dynamic_cast<CRenderWin *>(m_Render)) win->EndMovie();
+}
+
+bool CAppTypeScreensaver::SaveScreenshot(const std::string &file) {
+  Screenshot(file);
+  return true;
 }

@@ -9,11 +9,12 @@
 
 #include "app/AppTypeWin.h"
 #include "app/CommandLine.h"
+#include "app/MovieRecorder.h"
 #include "platform/X11WindowSystem.h"
 
 class CSerialize;
 
-class CAppTypeScreensaver : public CAppTypeWin {
+class CAppTypeScreensaver : public CAppTypeWin, private IMovieRecorder {
  public:
   using RendererMaker = std::function<std::unique_ptr<CRender>()>;
   CAppTypeScreensaver(CUserApp3d *userApp, RendererMaker makeRenderer);
@@ -49,6 +50,11 @@ class CAppTypeScreensaver : public CAppTypeWin {
   bool CreateRenderer();
   void WaitForPreview();
   void Screenshot(const std::string &path);
+  // Record mode writes through the renderer into the user's Screenshots.
+  bool StartMovie(const std::string &file) override;
+  bool WriteMovieFrame(int framesPerSecond) override;
+  void EndMovie() override;
+  bool SaveScreenshot(const std::string &file) override;
   double Seconds() const;
 
   RendererMaker m_MakeRenderer;

@@ -77,7 +77,8 @@ bool CAppTypeWin::RunApp() {
     if (m_MovieFile.empty()) m_MovieFile = "movie.avi";
     if (m_Recorder) recording = m_Recorder->StartMovie(m_MovieFile);
   }
-  float recordTime = 0.0f, lastStill = 0.0f;
+  // The first still comes with the first movie frame, whatever the length.
+  float recordTime = 0.0f, lastStill = m_RecordSeconds * 0.5f - 3.0f;
 
   Log("** Entering main message loop ** ");
   WindowMessage msg;
@@ -143,19 +144,20 @@ void CAppTypeWin::RunFrame() {
 
 void CAppTypeWin::RunRecordFrame(float &t, float &lastStill) {
   // A fixed clock: the movie's speed doesn't depend on the machine's.
+  const float start = m_RecordSeconds * 0.5f;
   UpdateFrameRate();
   m_UserApp->Update(0.04f);
   t += 0.04f;
   if (m_Render) m_Render->Render3DEnvironment(false);
-  if (t >= 15.0f && m_Recorder) m_Recorder->WriteMovieFrame(25);
-  if (t >= 15.1f && t - lastStill >= 3.0f) {
+  if (t >= start && m_Recorder) m_Recorder->WriteMovieFrame(25);
+  if (t >= start + 0.1f && t - lastStill >= 3.0f) {
     lastStill = t;
     std::string still = m_MovieFile;
     size_t dot = still.rfind(".avi");
     if (dot != std::string::npos) still.replace(dot, 4, ".png");
     if (m_Recorder) m_Recorder->SaveScreenshot(still);
   }
-  if (t > 30.0f) ShutdownApp();
+  if (t > m_RecordSeconds) ShutdownApp();
   ++m_FrameCount;
 }
 

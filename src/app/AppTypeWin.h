@@ -55,6 +55,8 @@ class CAppTypeWin {
   std::string m_File;
   std::string m_ConfigFile;
   float m_MaxFps = 30.0f;
+  // Scene seconds a recording runs; the movie holds its second half.
+  float m_RecordSeconds = 30.0f;
   float m_TimeAccumulator = 0.0f;
   float m_UpdateStep = 0.033333335f;
   bool m_DoPostQuit = true;

@@ -76,6 +76,11 @@ class CRenderWin : public CRender {
   // Writes a picture of what was drawn last; the file name written, empty
   // when this renderer can't make pictures.
   virtual std::string Screenshot(const std::string &path);
+  // Record mode's movie, for renderers that can read their pictures back;
+  // without that BeginMovie fails and the rest does nothing.
+  virtual bool BeginMovie(const std::string &) { return false; }
+  virtual void AddMovieFrame(int) {}
+  virtual void EndMovie() {}
   // The title is the application's name followed by " Visualizer".
   void SetAppName(const std::string &name);
   IWindowSystem *GetWindowSystem() const { return m_WindowSystem; }

@@ -55,6 +55,9 @@ class CRenderOGLBase : public CRenderWin {
   // From the pools of the device slot; null before GL first works.
   CRenderTarget *CreateRenderTarget(int width, int height, int depthFormat) override;
   void ReleaseTexture(CTexture *texture) override;
+  bool BeginMovie(const std::string &file) override { return m_Screenshot.BeginMovie(file); }
+  void AddMovieFrame(int framesPerSecond) override { m_Screenshot.AddMovieFrame(framesPerSecond); }
+  void EndMovie() override { m_Screenshot.EndMovie(); }
 
   bool InitRenderUnit(CRenderWindow *window, CRenderUnitOGL &unit, CRenderUnitOGL *firstUnit);
   bool InitOpenGL(CRenderUnitOGL *unit);

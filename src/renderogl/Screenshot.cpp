@@ -3,6 +3,7 @@
 #include <FreeImage.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "core/Clock.h"
@@ -100,4 +101,56 @@ bool CScreenshot::SaveAs(const std::string &name) {
   }
   FreeImage_Unload(picture);
   return saved;
+}
+
+bool CScreenshot::BeginMovie(const std::string &fileName, int soundChannels, int soundRate) {
+  EndMovie();
+  m_MovieGood = true;
+  m_MovieFile = fileName;
+  m_Movie = m_MakeMovieWriter();
+  if (!m_Movie || !m_Movie->Create(fileName)) {
+    LogError("Failed to create movie file \"%s\"", fileName.c_str());
+    m_MovieGood = false;
+  } else if (soundChannels > 0) {
+    m_Movie->SetSound(soundChannels, soundRate);
+  }
+  return m_MovieGood;
+}
+
+bool CScreenshot::EndMovieWith(const char *what) {
+  LogError("%s: %s", what, m_Movie ? m_Movie->ErrorText().c_str() : "");
+  m_MovieGood = false;
+  return false;
+}
+
+void CScreenshot::AddMovieFrame(int framesPerSecond) {
+  if (!m_MovieGood || m_Render.UnitOfWindow(0) < 0 || !m_Render.SwitchToRenderUnit(m_Render.UnitOfWindow(0))) return;
+  // ReadPixels fills the unit's whole rectangle in padded bottom-up rows.
+  MoviePicture picture;
+  picture.width = m_Render.m_UnitRect.Width();
+  picture.height = m_Render.m_UnitRect.Height();
+  picture.framesPerSecond = framesPerSecond;
+  const size_t bytes = static_cast<size_t>((picture.width * 3 + 3) & ~3) * static_cast<size_t>(std::max(picture.height, 0));
+  if (bytes == 0) {
+    EndMovieWith("Create video failed");
+    return;
+  }
+  m_MovieImage.resize(bytes);
+  m_Render.ReadPixels(m_MovieImage.data());
+  picture.bgr = m_MovieImage.data();
+  ++m_MovieFrames;
+  if (!m_Movie->AddFrame(picture)) EndMovieWith("Movie frame failed");
+}
+
+void CScreenshot::AddMovieSound(const float *interleaved, int frames) {
+  if (m_MovieGood && frames > 0 && !m_Movie->AddSound(interleaved, frames)) EndMovieWith("Movie sound failed");
+}
+
+void CScreenshot::EndMovie() {
+  if (m_Movie && m_MovieFrames > 0 && !m_Movie->Finish())
+    LogError("Failed to finish movie file \"%s\": %s", m_MovieFile.c_str(), m_Movie->ErrorText().c_str());
+  m_Movie.reset();
+  m_MovieImage = {};
+  m_MovieGood = false;
+  m_MovieFrames = 0;
 }

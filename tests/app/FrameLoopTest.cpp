@@ -238,16 +238,26 @@ TEST_F(FrameLoop, HostDrivenModeRendersThroughTheApplication) {
   EXPECT_TRUE(clk().sleeps.empty());  // the host presents: no limiter
 }
 
-TEST_F(FrameLoop, RecordModeRunsOnAFixedClockAndWritesFifteenSeconds) {
-  FakeRecorder recorder;
-  host.SetMovieRecorder(&recorder);
-  host.SetMode(MODE_Record);
-  EXPECT_TRUE(host.RunApp());
-  EXPECT_EQ(recorder.movie, "movie.avi");
-  EXPECT_TRUE(recorder.ended);
-  // Frames from t = 15 to t just over 30, 0.04 s apart.
-  EXPECT_NEAR(recorder.frames, 376, 1);
-  ASSERT_EQ(recorder.stills.size(), 5u);
-  for (const auto &s : recorder.stills) EXPECT_EQ(s, "movie.png");
-  for (size_t i = 1; i < app.updates.size(); ++i) ASSERT_FLOAT_EQ(app.updates[i], 0.04f);
+TEST_F(FrameLoop, RecordModeRunsOnAFixedClockAndWritesItsSecondHalf) {
+  // Seconds recorded; frames from half of them to just over all of them,
+  // 0.04 s apart; a still with the first frame and every 3 s after it.
+  struct Case {
+    float seconds;
+    int frames;
+    size_t stills;
+  } cases[] = {{30.0f, 376, 5}, {2.0f, 27, 1}};
+  for (const Case &c : cases) {
+    FakeRecorder recorder;
+    host.SetMovieRecorder(&recorder);
+    host.SetMode(MODE_Record);
+    host.m_RecordSeconds = c.seconds;
+    app.updates.clear();
+    EXPECT_TRUE(host.RunApp());
+    EXPECT_EQ(recorder.movie, "movie.avi");
+    EXPECT_TRUE(recorder.ended);
+    EXPECT_NEAR(recorder.frames, c.frames, 1) << c.seconds;
+    ASSERT_EQ(recorder.stills.size(), c.stills) << c.seconds;
+    for (const auto &s : recorder.stills) EXPECT_EQ(s, "movie.png");
+    for (size_t i = 1; i < app.updates.size(); ++i) ASSERT_FLOAT_EQ(app.updates[i], 0.04f);
+  }
 }

@@ -42,6 +42,8 @@ class VelmorProcess {
   std::vector<std::string> LogLines() const;
   // Everything the program wrote to stdout and stderr, for failure messages.
   std::string Output() const;
+  // The program's user folder (config, log, Screenshots).
+  std::string UserFolder() const { return m_Home / "velmor"; }
 
  private:
   TempDir m_Home;
