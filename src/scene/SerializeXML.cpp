@@ -121,7 +121,8 @@ void CSerializeXMLLoad::StartAtRoot() {
 
 bool LoadXmlDocument(TiXmlDocument &document, const std::string &path) {
   std::error_code error;
-  if (!std::filesystem::exists(path, error)) return false;
+  // A missing file is left to the reader, which records why it failed.
+  if (!std::filesystem::exists(path, error)) return document.LoadFile(path.c_str());
   if (!std::filesystem::is_regular_file(path, error) || std::filesystem::file_size(path, error) > MaxDocumentBytes)
     return LogError("\"%s\" is not a file of at most %zu MB", path.c_str(), MaxDocumentBytes >> 20);
   return document.LoadFile(path.c_str());
