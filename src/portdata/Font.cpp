@@ -185,7 +185,9 @@ bool CFont::RestoreDevice(CRender *render) {
   } else if (m_Name.empty() || !LoadFontImage(image, texels)) {
     std::fill_n(texels, IMAGE_SIZE * IMAGE_SIZE, 0u);  // invisible text rather than a failed node
     texture->Unlock();
-    LogError("Unable to load image \"%s\"", image.c_str());
+    // No font chosen yet (device objects come before the first update) is
+    // not a failure.
+    if (!m_Name.empty()) LogError("Unable to load image \"%s\"", image.c_str());
   } else {
     texture->Unlock();
     texture->GenerateMipmaps();

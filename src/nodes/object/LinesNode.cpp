@@ -163,6 +163,6 @@ void CLinesNode::Update(float, FrameInfo *frame) {
         out = m_Quads.AddLine(line.end1, line.end2, line.thickness, sectionsW, sectionsH, static_cast<float>(repeatU),
                               static_cast<float>(repeatV), PackColorRounded(line.color), out);
     m_Quads.SetCount(static_cast<int>(out - begin));
-    PublishObject();
   }
+  PublishObject();
 }

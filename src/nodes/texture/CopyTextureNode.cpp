@@ -90,6 +90,13 @@ void CCopyTextureNode::Update(float, FrameInfo *frame) {
 
 bool CCopyTextureNode::RestoreDevice(CRender *render) {
   ReleaseEffect();
+  // Samplers are declared from what the texture ports carry: before the
+  // first update they carry nothing yet, so the text waits for it.
+  for (const CPortTexture *port : m_Textures)
+    if (port->IsConnected() && !port->m_Value) {
+      m_DirtyUnits = ALL_UNITS;
+      return true;
+    }
   for (int i = 0; i < 3; ++i) {
     m_Composed.ports[i] = m_Textures[i];
     m_Dimensions[i] = ConnectedTextureDimension(m_Textures[i]);
