@@ -73,6 +73,10 @@ TEST_F(RenderToTexture, ChangingTheSizeAsksForNewDeviceObjects) {
 }
 
 TEST_F(RenderToTexture, DrawsOnlyWhenReadAndOncePerFrame) {
+  rtt->Disconnect(clear.get());
+  Frame();
+  EXPECT_EQ(Read("Color"), nullptr) << "without a render chain nothing is drawn";
+  ASSERT_TRUE(rtt->Connect("Render", "Render", clear.get()));
   Frame();
   EXPECT_TRUE(Calls().empty());
   EXPECT_FALSE(rtt->Target(0));  // nobody read it: no target either
@@ -131,11 +135,4 @@ TEST_F(RenderToTexture, InvalidatingGivesBothTargetsBackToThePool) {
   EXPECT_EQ(Calls(), (std::vector<std::string>{"ReleaseTarget pooled", "ReleaseTarget pooled"}));
   EXPECT_FALSE(rtt->Target(0));
   EXPECT_FALSE(rtt->Target(1));
-}
-
-TEST_F(RenderToTexture, WithoutARenderChainNothingIsDrawn) {
-  rtt->Disconnect(clear.get());
-  Frame();
-  EXPECT_EQ(Read("Color"), nullptr);
-  EXPECT_TRUE(Calls().empty());
 }

@@ -90,18 +90,12 @@ TEST_F(PreviousLayer, ALayerIsHeldWhileDrawnAndGivenBackAfterwards) {
   EXPECT_EQ(node->GetTexture(&render), target->m_Color);  // the last target's
 }
 
-TEST_F(PreviousLayer, WithoutMipMapsTheTargetIsLeftAsDrawn) {
+TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
   Update();
   ASSERT_TRUE(node->BeginLayer(&render));
   node->EndLayer(&render);
-  node->FreeLayer(&render);
-  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_HasMipmaps);
+  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_HasMipmaps) << "without mipmaps left as drawn";
   EXPECT_TRUE(render.Calls("GenerateMipmaps").empty());
-}
-
-TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
-  ASSERT_TRUE(node->BeginLayer(&render));
-  node->EndLayer(&render);
   render.ClearCalls();
   node->ResetDevice(&render);
   EXPECT_TRUE(Calls().empty());
