@@ -53,7 +53,13 @@ TEST_F(PreviousLayer, OffersAClampedTwoDimensionalTextureThatWantsMipMapsWhenAsk
   Update();
   EXPECT_EQ(Color()->m_Flags, 0x28u);
   EXPECT_TRUE(Color()->m_Changed);  // samplers rebuild for the new flags
-  // Before the first layer there is no picture to sample.
+  // Before the first layer, or with no target for one, there is no picture to sample.
+  EXPECT_EQ(node->GetTexture(&render), nullptr);
+  render.m_FailTargets = true;
+  EXPECT_FALSE(node->BeginLayer(&render));
+  node->EndLayer(&render);
+  node->FreeLayer(&render);
+  EXPECT_EQ(Calls(), std::vector<std::string>{"CreateTarget 640x480"});
   EXPECT_EQ(node->GetTexture(&render), nullptr);
 }
 
@@ -104,13 +110,4 @@ TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
   // EndLayer once more has nothing to end.
   node->EndLayer(&render);
   EXPECT_TRUE(Calls().empty());
-}
-
-TEST_F(PreviousLayer, NoTargetMeansNoLayer) {
-  render.m_FailTargets = true;
-  EXPECT_FALSE(node->BeginLayer(&render));
-  node->EndLayer(&render);
-  node->FreeLayer(&render);
-  EXPECT_EQ(Calls(), std::vector<std::string>{"CreateTarget 640x480"});
-  EXPECT_EQ(node->GetTexture(&render), nullptr);
 }

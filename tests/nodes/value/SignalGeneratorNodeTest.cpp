@@ -52,8 +52,8 @@ TEST(SignalGenerator, ShapesAtTheirEdges) {
     const char *type;
     float time, value;
   } edges[] = {{"Square", 0, -1},  // sin(0) is not above 0
-               {"Square", 0.25f, 1},     {"Sawtooth", 0, 0},      {"Sawtooth", 0.49f, 0.98f}, {"Sawtooth", 0.51f, -0.98f},
-               {"Triangle", 0, 0},       {"Triangle", 0.25f, 1},  {"Triangle", 0.75f, -1},    {"Random", 0, 0}};
+               {"Square", 0.25f, 1},     {"Sawtooth", 0, 0},    {"Sawtooth", 0.49f, 0.98f}, {"Sawtooth", 0.51f, -0.98f},
+               {"Triangle", 0, 0},       {"Triangle", 0.25f, 1}, {"Triangle", 0.75f, -1},  {"Random", 0, 0}};
   Generator gen;
   for (const auto &e : edges) {
     gen.Set("WaveformType", e.type);
