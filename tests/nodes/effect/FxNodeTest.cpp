@@ -175,8 +175,7 @@ TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
   node->FindInPort("Count")->SetText("4");
   node->FindInPort("Flag")->SetText("false");
   Update();
-  auto *out = node->OutPort<CPortEffect>("Effect");
-  EXPECT_EQ(out->m_Value, node.get());
+  EXPECT_EQ(node->OutPort<CPortEffect>("Effect")->m_Value, node.get());
 
   PassHandle pass = node->Begin();
   ASSERT_TRUE(pass);
