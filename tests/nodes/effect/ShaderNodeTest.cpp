@@ -87,7 +87,7 @@ const char kMinimal[] =
     "float4 PS_Program() : COLOR { return float4(1.0, 0.0, 0.0, 1.0); }\n";
 }  // namespace
 
-TEST_F(ShaderNode, TheDefaultTextCompilesToValidGlsl) {
+TEST_F(ShaderNode, TheDefaultTextCompilesAndOnlyTheNamesATextUsesAreDeclared) {
   ASSERT_TRUE(node->RestoreDevice(&render));
   const std::string &text = node->ComposedText();
   for (const char *part : {"float4x4 gWVP:WORLDVIEWPROJECTION;\n", "float4 color1;\n", "float4 color;\n", "technique Tech1{"})
@@ -95,16 +95,15 @@ TEST_F(ShaderNode, TheDefaultTextCompilesToValidGlsl) {
   EXPECT_EQ(text.find("float time;"), std::string::npos);
   ASSERT_TRUE(node->GetFx());
   EXPECT_EQ(EffectProblems(*node->GetFx()->Effect()), "");
-}
 
-TEST_F(ShaderNode, OnlyTheNamesATextUsesAreDeclared) {
+  // Only the names a text uses are declared.
   SetText(kMinimal);
   ASSERT_TRUE(node->RestoreDevice(&render));
-  const std::string &text = node->ComposedText();
-  EXPECT_EQ(Count(text, "float4x4"), 1u);
-  EXPECT_EQ(Count(text, "gFastPerlinNoiseSampler"), 0u);
-  EXPECT_EQ(Count(text, "sampler1D gPermutation1dSampler"), 1u);
-  EXPECT_NE(text.find("\ntechnique Tech1{pass Pass1{"), std::string::npos);
+  const std::string &used = node->ComposedText();
+  EXPECT_EQ(Count(used, "float4x4"), 1u);
+  EXPECT_EQ(Count(used, "gFastPerlinNoiseSampler"), 0u);
+  EXPECT_EQ(Count(used, "sampler1D gPermutation1dSampler"), 1u);
+  EXPECT_NE(used.find("\ntechnique Tech1{pass Pass1{"), std::string::npos);
   // A text with a technique of its own gets none added.
   SetText(std::string(kMinimal) +
           "technique Mine { pass P { VertexProgram = compile glslv VS_Program(); FragmentProgram = compile glslf "

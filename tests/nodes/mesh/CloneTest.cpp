@@ -78,7 +78,7 @@ TEST(CloneMesh, StripsAreNotClonedAndCopiesStopAtTheIndexLimit) {
   EXPECT_EQ(many->m_Triangles.m_Num, 60 * 2 * 32 * 33);
 }
 
-TEST(TransformMesh, JoinsItsSourcesUnderOneTransform) {
+TEST(TransformMesh, JoinsItsSourcesUnderOneTransformUpToTheVertexLimit) {
   TestGraph g;
   auto *cube = g.Add<CCubeNode>(CCubeNode::CreateInfo(), "Cube1");
   auto *sphere = g.Add<CSphereNode>(CSphereNode::CreateInfo(), "Sphere1");
@@ -107,20 +107,17 @@ TEST(TransformMesh, JoinsItsSourcesUnderOneTransform) {
   ASSERT_TRUE(only->CreateMesh(*only));
   EXPECT_EQ(only->IndexCount(), 0);
   EXPECT_TRUE(only->m_TriangleList);
-}
 
-TEST(TransformMesh, SourcesBeyondTheVertexLimitAreLeftOut) {
-  TestGraph g;
-  auto *tm = g.Add<CTransformMeshNode>(CTransformMeshNode::CreateInfo(), "TransformMesh1");
+  // Sources beyond the vertex limit are left out: 201 * 201 vertices twice
+  // is too many, a 4 * 4 sphere after them still fits.
+  auto *limited = g.Add<CTransformMeshNode>(CTransformMeshNode::CreateInfo(), "TransformMesh3");
   const char *ports[] = {"Mesh1", "Mesh2", "Mesh3"};
   for (int i = 0; i < 3; ++i) {
-    auto *sphere = g.Add<CSphereNode>(CSphereNode::CreateInfo(), ("Sphere" + std::to_string(i)).c_str());
-    sphere->InPort<CPortInt>("NumRings")->m_Value = i == 2 ? 3 : 200;
-    sphere->InPort<CPortInt>("NumSegments")->m_Value = i == 2 ? 3 : 200;
-    Feed(g, tm, ports[i], sphere);
+    auto *big = g.Add<CSphereNode>(CSphereNode::CreateInfo(), ("Big" + std::to_string(i)).c_str());
+    big->InPort<CPortInt>("NumRings")->m_Value = i == 2 ? 3 : 200;
+    big->InPort<CPortInt>("NumSegments")->m_Value = i == 2 ? 3 : 200;
+    Feed(g, limited, ports[i], big);
   }
-  ASSERT_TRUE(tm->CreateMesh(*tm));
-  // 201 * 201 vertices twice is too many: the second is left out, the
-  // third (4 * 4) still fits.
-  EXPECT_EQ(tm->m_Vertices.m_Num, 201 * 201 + 16);
+  ASSERT_TRUE(limited->CreateMesh(*limited));
+  EXPECT_EQ(limited->m_Vertices.m_Num, 201 * 201 + 16);
 }

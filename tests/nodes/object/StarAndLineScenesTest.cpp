@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <algorithm>
-#include <functional>
 #include <memory>
 #include <vector>
 
@@ -22,18 +21,29 @@
 namespace {
 using Vertices = std::vector<CVector3>;
 
-template <typename Record>
-void AddPositions(Vertices &out, const Record *records, int count) {
-  for (int i = 0; i < count; ++i) out.push_back({records[i].x, records[i].y, records[i].z});
-}
-void AddLines(Vertices &out, const CRenderLines &lines) {
-  for (int i = 0; i < lines.Count(); ++i) {
-    out.push_back({lines.Lines()[i].from.x, lines.Lines()[i].from.y, lines.Lines()[i].from.z});
-    out.push_back({lines.Lines()[i].to.x, lines.Lines()[i].to.y, lines.Lines()[i].to.z});
-  }
+template <typename V>
+void Add(Vertices &out, const V &v) {
+  out.push_back({v.x, v.y, v.z});
 }
 void AddQuads(Vertices &out, const CQuadBatch &quads) {
-  for (int i = 0; i < quads.Count(); ++i) AddPositions(out, quads.Quads()[i].v, 4);
+  for (int i = 0; i < quads.Count(); ++i)
+    for (const auto &v : quads.Quads()[i].v) Add(out, v);
+}
+// Every vertex the node's batch holds now.
+Vertices Drawn(CNode *n) {
+  Vertices v;
+  if (auto *stars = dynamic_cast<CStarfieldNode *>(n))
+    for (int i = 0; i < stars->Points().Count(); ++i) Add(v, stars->Points().Lines()[i].from);
+  if (auto *galaxy = dynamic_cast<CGalaxyNode *>(n))
+    for (int i = 0; i < galaxy->Points().Count(); ++i) Add(v, galaxy->Points().Sprites()[i]);
+  if (auto *bounce = dynamic_cast<CLineBounceNode *>(n))
+    for (int i = 0; i < bounce->Lines().Count(); ++i) {
+      Add(v, bounce->Lines().Lines()[i].from);
+      Add(v, bounce->Lines().Lines()[i].to);
+    }
+  if (auto *lines = dynamic_cast<CLinesNode *>(n)) AddQuads(v, lines->Quads());
+  if (auto *planes = dynamic_cast<CPlanestateNode *>(n)) AddQuads(v, planes->Quads());
+  return v;
 }
 }  // namespace
 
@@ -42,48 +52,17 @@ TEST(StarAndLineScenes, DrawOnlyInsideTheirArea) {
     const char *type;
     std::vector<std::pair<const char *, const char *>> ports;
     CVector3 bound;  // largest |x|, |y|, |z| of a vertex
-    std::function<Vertices(CNode *)> vertices;
   } cases[] = {
-            // Stars wrap before they move: one step of Dir beyond the space at most.
-      {"Starfield", {{"NumStars", "3000"}, {"Dir", "0.3 -0.2 1.5"}}, {2.05f, 2.05f, 10.6f}, [](CNode *n) {
-         Vertices v;
-         const CRenderPoints &p = static_cast<CStarfieldNode *>(n)->Points();
-         for (int i = 0; i < p.Count(); ++i) {
-           const auto &l = p.Lines()[i];
-           v.push_back({l.from.x, l.from.y, l.from.z});
-         }
-         return v;
-       }},
-      {"Galaxy", {{"NumStars", "2000"}, {"GalaxyRadius", "3"}, {"Speed", "0.1"}}, {3.0001f, 3.0001f, 0}, [](CNode *n) {
-         Vertices v;
-         const CRenderPoints &p = static_cast<CGalaxyNode *>(n)->Points();
-         AddPositions(v, p.Sprites(), p.Count());
-         return v;
-       }},
-      {"Lines",
-       {{"Width", "1.6"}, {"LinesPerSec", "40"}, {"RotationSpeed", "90"}, {"Thickness", "0.02"}},
-       {0.81f, 0.51f, 0},
-       [](CNode *n) {
-         Vertices v;
-         AddQuads(v, static_cast<CLinesNode *>(n)->Quads());
-         return v;
-       }},
-      {"LineBounce",
-       {{"AdjustForAspect", "false"}, {"Width", "2"}, {"Depth", "0.5"}, {"PointSpeed", "3"}},
-       {1.0f * 1.1f, 0.5f * 1.1f, 0.25f * 1.1f},
-       [](CNode *n) {
-         Vertices v;
-         AddLines(v, static_cast<CLineBounceNode *>(n)->Lines());
-         return v;
-       }},
+      // Stars wrap before they move: one step of Dir beyond the space at most.
+      {"Starfield", {{"NumStars", "3000"}, {"Dir", "0.3 -0.2 1.5"}}, {2.05f, 2.05f, 10.6f}},
+      {"Galaxy", {{"NumStars", "2000"}, {"GalaxyRadius", "3"}, {"Speed", "0.1"}}, {3.0001f, 3.0001f, 0}},
+      {"Lines", {{"Width", "1.6"}, {"LinesPerSec", "40"}, {"RotationSpeed", "90"}, {"Thickness", "0.02"}},
+       {0.81f, 0.51f, 0}},
+      {"LineBounce", {{"AdjustForAspect", "false"}, {"Width", "2"}, {"Depth", "0.5"}, {"PointSpeed", "3"}},
+       {1.0f * 1.1f, 0.5f * 1.1f, 0.25f * 1.1f}},
       {"Planestate",
        {{"NumObjects", "5"}, {"ObjectYDelta", "0.2"}, {"CenterAxisRot", "0 40 0"}, {"ObjectRot", "30 60 90"}},
-       {0.71f + 0.4f, 0.71f + 0.5f, 0.71f + 0.4f},
-       [](CNode *n) {
-         Vertices v;
-         AddQuads(v, static_cast<CPlanestateNode *>(n)->Quads());
-         return v;
-       }},
+       {0.71f + 0.4f, 0.71f + 0.5f, 0.71f + 0.4f}},
   };
   InstallBuiltinNodes();
   CNodeFactoryRef factory;
@@ -101,7 +80,7 @@ TEST(StarAndLineScenes, DrawOnlyInsideTheirArea) {
       node->m_Updated = false;
       node->Update(frame.Time, &frame);
       for (CPort *p : node->m_InPorts) p->m_Changed = false;
-      const Vertices v = c.vertices(node.get());
+      const Vertices v = Drawn(node.get());
       drawn = std::max(drawn, v.size());
       for (const CVector3 &p : v)
         ASSERT_TRUE(std::fabs(p.x) <= c.bound.x && std::fabs(p.y) <= c.bound.y && std::fabs(p.z) <= c.bound.z)

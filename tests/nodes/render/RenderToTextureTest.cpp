@@ -60,19 +60,11 @@ TEST_F(RenderToTexture, SizesFollowTheTableOfTheRenderUnit) {
   EXPECT_EQ(size("-1", "1").first, 300);
 }
 
-TEST_F(RenderToTexture, ChangingTheSizeAsksForNewDeviceObjects) {
-  Frame();
-  rtt->m_DirtyUnits = 0;
-  Frame();
-  EXPECT_EQ(rtt->m_DirtyUnits, 0u);
-  CPort *height = rtt->FindInPort("HeightCustom");
-  height->SetText("64");
-  height->m_Changed = true;  // as an editor's change does
-  Frame();
-  EXPECT_EQ(rtt->m_DirtyUnits, ALL_UNITS);
-}
-
 TEST_F(RenderToTexture, DrawsOnlyWhenReadAndOncePerFrame) {
+  rtt->Disconnect(clear.get());
+  Frame();
+  EXPECT_EQ(Read("Color"), nullptr) << "without a render chain nothing is drawn";
+  ASSERT_TRUE(rtt->Connect("Render", "Render", clear.get()));
   Frame();
   EXPECT_TRUE(Calls().empty());
   EXPECT_FALSE(rtt->Target(0));  // nobody read it: no target either
@@ -92,8 +84,17 @@ TEST_F(RenderToTexture, DrawsOnlyWhenReadAndOncePerFrame) {
   EXPECT_NE(second, first);
   EXPECT_EQ(Calls().size(), 3u);
   rtt->FrameFinished();
+  rtt->m_DirtyUnits = 0;
   Frame();
   EXPECT_EQ(Read("Color"), first);
+
+  // A new size asks for new device objects; an unchanged frame didn't.
+  EXPECT_EQ(rtt->m_DirtyUnits, 0u);
+  CPort *height = rtt->FindInPort("HeightCustom");
+  height->SetText("64");
+  height->m_Changed = true;  // as an editor's change does
+  Frame();
+  EXPECT_EQ(rtt->m_DirtyUnits, ALL_UNITS);
 }
 
 TEST_F(RenderToTexture, ColorNextHoldsLastFramesPicture) {
@@ -131,11 +132,4 @@ TEST_F(RenderToTexture, InvalidatingGivesBothTargetsBackToThePool) {
   EXPECT_EQ(Calls(), (std::vector<std::string>{"ReleaseTarget pooled", "ReleaseTarget pooled"}));
   EXPECT_FALSE(rtt->Target(0));
   EXPECT_FALSE(rtt->Target(1));
-}
-
-TEST_F(RenderToTexture, WithoutARenderChainNothingIsDrawn) {
-  rtt->Disconnect(clear.get());
-  Frame();
-  EXPECT_EQ(Read("Color"), nullptr);
-  EXPECT_TRUE(Calls().empty());
 }

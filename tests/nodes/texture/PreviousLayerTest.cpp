@@ -53,7 +53,13 @@ TEST_F(PreviousLayer, OffersAClampedTwoDimensionalTextureThatWantsMipMapsWhenAsk
   Update();
   EXPECT_EQ(Color()->m_Flags, 0x28u);
   EXPECT_TRUE(Color()->m_Changed);  // samplers rebuild for the new flags
-  // Before the first layer there is no picture to sample.
+  // Before the first layer, or with no target for one, there is no picture to sample.
+  EXPECT_EQ(node->GetTexture(&render), nullptr);
+  render.m_FailTargets = true;
+  EXPECT_FALSE(node->BeginLayer(&render));
+  node->EndLayer(&render);
+  node->FreeLayer(&render);
+  EXPECT_EQ(Calls(), std::vector<std::string>{"CreateTarget 640x480"});
   EXPECT_EQ(node->GetTexture(&render), nullptr);
 }
 
@@ -90,18 +96,12 @@ TEST_F(PreviousLayer, ALayerIsHeldWhileDrawnAndGivenBackAfterwards) {
   EXPECT_EQ(node->GetTexture(&render), target->m_Color);  // the last target's
 }
 
-TEST_F(PreviousLayer, WithoutMipMapsTheTargetIsLeftAsDrawn) {
+TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
   Update();
   ASSERT_TRUE(node->BeginLayer(&render));
   node->EndLayer(&render);
-  node->FreeLayer(&render);
-  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_HasMipmaps);
+  EXPECT_FALSE(render.LastTarget()->m_Color->m_Flags & TEXF_HasMipmaps) << "without mipmaps left as drawn";
   EXPECT_TRUE(render.Calls("GenerateMipmaps").empty());
-}
-
-TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
-  ASSERT_TRUE(node->BeginLayer(&render));
-  node->EndLayer(&render);
   render.ClearCalls();
   node->ResetDevice(&render);
   EXPECT_TRUE(Calls().empty());
@@ -110,13 +110,4 @@ TEST_F(PreviousLayer, ADeviceResetDuringThePostprocessingDrawKeepsTheLayer) {
   // EndLayer once more has nothing to end.
   node->EndLayer(&render);
   EXPECT_TRUE(Calls().empty());
-}
-
-TEST_F(PreviousLayer, NoTargetMeansNoLayer) {
-  render.m_FailTargets = true;
-  EXPECT_FALSE(node->BeginLayer(&render));
-  node->EndLayer(&render);
-  node->FreeLayer(&render);
-  EXPECT_EQ(Calls(), std::vector<std::string>{"CreateTarget 640x480"});
-  EXPECT_EQ(node->GetTexture(&render), nullptr);
 }

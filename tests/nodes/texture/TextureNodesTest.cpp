@@ -4,8 +4,8 @@
 #include <FreeImage.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
+#include <vector>
 
 #include "nodes/BuiltinNodes.h"
 #include "nodes/texture/FileTextureNode.h"
@@ -24,11 +24,14 @@ struct Textures : testing::Test {
     factory->Init();
   }
   // A node of the type with its ports set, updated once and made on the
-  // recorder; its texture, or null.
-  CRecordTexture *Make(const char *type, std::initializer_list<std::pair<const char *, const char *>> ports) {
+  // recorder; its texture, or null. A width is set as a connection delivers
+  // it, past the port's range.
+  using Ports = std::vector<std::pair<const char *, const char *>>;
+  CRecordTexture *Make(const char *type, const Ports &ports, int width = 0) {
     node.reset(factory->CreateNode(type));
     node->m_Frame = &frame;
     for (const auto &[port, text] : ports) node->FindInPort(port)->SetText(text);
+    if (width) node->InPort<CPortInt>("Width")->m_Value = width;
     node->Update(0, &frame);
     if (!node->ResetDevice(&render)) return nullptr;
     CPDTexture *out = node->OutPort<CPortTexture>("Texture")->m_Value;
@@ -106,24 +109,17 @@ TEST_F(Textures, NoiseTilesAcrossEveryEdge) {
 
 TEST_F(Textures, SizesFromPortsAreHeldToWhatATextureMayBe) {
   const struct {
-    const char *type, *width, *height, *depth;
-    int w, h, d;
+    const char *type;
+    Ports ports;
+    int width, w, h, d;
   } cases[] = {
-      {"NoiseTexture", "4096", "1", "4096", 4096, 1, 1},  // one row: the depth doesn't count
-      {"ExpressionTexture", "300", "2", "2", 128, 2, 2},  // a volume
-      {"Gradient", "100000", "7", nullptr, 4096, 7, 1},
+      {"NoiseTexture", {{"Height", "1"}, {"Depth", "4096"}}, 4096, 4096, 1, 1},  // one row: the depth doesn't count
+      {"ExpressionTexture", {{"Height", "2"}, {"Depth", "2"}}, 300, 128, 2, 2},  // a volume
+      {"Gradient", {{"Height", "7"}}, 100000, 4096, 7, 1},
   };
   for (const auto &c : cases) {
-    node.reset(factory->CreateNode(c.type));
-    node->m_Frame = &frame;
-    node->FindInPort("Width")->SetText(c.width);
-    node->FindInPort("Height")->SetText(c.height);
-    if (c.depth) node->FindInPort("Depth")->SetText(c.depth);
-    auto *width = node->InPort<CPortInt>("Width");
-    width->m_Value = atoi(c.width);  // as a connection delivers it, past the range
-    node->Update(0, &frame);
-    ASSERT_TRUE(node->ResetDevice(&render));
-    CTexture *t = node->OutPort<CPortTexture>("Texture")->m_Value->GetTexture(&render);
+    CRecordTexture *t = Make(c.type, c.ports, c.width);
+    ASSERT_TRUE(t) << c.type;
     EXPECT_EQ(t->m_Width, c.w) << c.type;
     EXPECT_EQ(std::max(t->m_Height, 1), c.h) << c.type;
     EXPECT_EQ(std::max(t->m_Depth, 1), c.d) << c.type;

@@ -43,15 +43,12 @@ void ExpectColor(Color4f c, float r, float g, float b, float a) {
 
 // Expected values: Python's colorsys, hue taken as (H / 360) % 1:
 //   colorsys.hls_to_rgb(h, l, s), colorsys.hsv_to_rgb(h, s, v)
-TEST(HSLAToColor, MatchesTheReferenceConversion) {
+TEST(HSLAToColor, MatchesTheReferenceConversionAndGreyWithoutSaturation) {
   ColorNode hsl(CHSLAToColor::CreateInfo());
   ExpectColor(hsl.Convert("200", "0.6", "0.3", "0.4"), 0.12f, 0.36f, 0.48f, 0.4f);
   ExpectColor(hsl.Convert("30", "1", "0.75"), 1.0f, 0.75f, 0.5f, 1.0f);
   ExpectColor(hsl.Convert("350", "0.5", "0.5"), 0.75f, 0.25f, 0.333333f, 1.0f);
-}
-
-TEST(HSLAToColor, NoSaturationIsGreyOfTheLightnessWhateverTheHue) {
-  ColorNode hsl(CHSLAToColor::CreateInfo());
+  // No saturation is grey of the lightness, whatever the hue.
   for (const char *hue : {"0", "123", "360"}) ExpectColor(hsl.Convert(hue, "0", "0.3"), 0.3f, 0.3f, 0.3f, 1.0f);
   hsl.Feed("Lightness", 1.4f);
   ExpectColor(hsl.Convert("40", "0", "0"), 1.0f, 1.0f, 1.0f, 1.0f);
@@ -66,19 +63,17 @@ TEST(HSVAToColor, MatchesTheReferenceConversion) {
   ExpectColor(hsv.Convert("77", "0", "0.6"), 0.6f, 0.6f, 0.6f, 1.0f);
 }
 
-TEST(HSVAToColor, HuesFromConnectionsWrapOnceThenGiveBlack) {
+TEST(HSVAToColor, ConnectedHuesWrapOnceThenGiveBlackAndComponentsButAlphaAreLimited) {
   ColorNode hsv(CHSVAToColor::CreateInfo());
   auto *hue = hsv.Feed("Hue", -30.0f);  // the sector below 0 is the last one: hue 330
   ExpectColor(hsv.Convert("0", "1", "1"), 1.0f, 0.0f, 0.5f, 1.0f);
   ColorNode::Give(hue, 450.0f);
   ExpectColor(hsv.Convert("0", "1", "1"), 0.0f, 0.0f, 0.0f, 1.0f);
-}
-
-TEST(HSVAToColor, ComponentsAreLimitedToOneAlphaIsNot) {
-  ColorNode hsv(CHSVAToColor::CreateInfo());
+  // Components are limited to one, alpha is not.
+  ColorNode::Give(hue, 120.0f);
   hsv.Feed("Value", 1.5f);  // reference (0.75, 1.5, 0.75) before the limit
   hsv.Feed("Alpha", 1.5f);
-  ExpectColor(hsv.Convert("120", "0.5", "0"), 0.75f, 1.0f, 0.75f, 1.5f);
+  ExpectColor(hsv.Convert("0", "0.5", "0"), 0.75f, 1.0f, 0.75f, 1.5f);
 }
 
 TEST(RGBAToColor, CopiesComponentsUnlimited) {

@@ -78,10 +78,6 @@ TEST(MinMax, RunsOncePerFrameWhoeverPullsIt) {
   EXPECT_EQ(mm.Value(), first);
   EXPECT_EQ(SharedRandom().w, before.w);
   EXPECT_NE(mm.Step(0.5f), first);
-}
-
-TEST(MinMax, ModeNamesBeyondTheRangeAreLimitedLikeNumbers) {
-  MinMax mm;
   mm.Set({{"Mode", "PingPong"}});  // named 5, but the port stops at 4
   EXPECT_EQ(static_cast<CPortInt *>(mm.node->FindInPort("Mode"))->m_Value, 4);
 }

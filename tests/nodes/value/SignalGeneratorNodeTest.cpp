@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace {
 struct Generator {
   TestGraph g;
@@ -46,23 +48,18 @@ TEST(SignalGenerator, WaveformsFollowFrequencyPhaseOffsetAndAmplitude) {
 }
 
 TEST(SignalGenerator, ShapesAtTheirEdges) {
+  const struct {
+    const char *type;
+    float time, value;
+  } edges[] = {{"Square", 0, -1},  // sin(0) is not above 0
+               {"Square", 0.25f, 1},     {"Sawtooth", 0, 0},    {"Sawtooth", 0.49f, 0.98f}, {"Sawtooth", 0.51f, -0.98f},
+               {"Triangle", 0, 0},       {"Triangle", 0.25f, 1}, {"Triangle", 0.75f, -1},  {"Random", 0, 0}};
   Generator gen;
-  gen.Set("WaveformType", "Square");
-  EXPECT_EQ(gen.At(0.0f), -1.0f);  // sin(0) is not above 0
-  EXPECT_EQ(gen.At(0.25f), 1.0f);
-
-  gen.Set("WaveformType", "Sawtooth");  // -1 to 1 within each cycle
-  EXPECT_EQ(gen.At(0.0f), 0.0f);
-  EXPECT_NEAR(gen.At(0.49f), 0.98f, 1e-5);
-  EXPECT_NEAR(gen.At(0.51f), -0.98f, 1e-5);
-
-  gen.Set("WaveformType", "Triangle");  // in phase with the sine
-  EXPECT_EQ(gen.At(0.0f), 0.0f);
-  EXPECT_EQ(gen.At(0.25f), 1.0f);
-  EXPECT_EQ(gen.At(0.75f), -1.0f);
-
-  gen.Set("WaveformType", "Random");
-  EXPECT_EQ(gen.At(0.0f), 0.0f);
+  for (const auto &e : edges) {
+    gen.Set("WaveformType", e.type);
+    const float exact = e.value == std::round(e.value) ? 0 : 1e-5f;
+    EXPECT_NEAR(gen.At(e.time), e.value, exact) << e.type << " at " << e.time;
+  }
 }
 
 TEST(SignalGenerator, InvertMirrorsAboutOffsetAndTypeFiveIsFlat) {
