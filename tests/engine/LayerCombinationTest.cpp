@@ -162,7 +162,7 @@ TEST_F(LayerCombinations, ForegroundsLoseEveryClearOnTheirRenderChainsAndBackgro
   EXPECT_EQ(nodeNames(foreground), stripped);
 }
 
-TEST(LayerNeighbours, ExactlyOneOfBackgroundAndForegroundIsTheSameFile) {
+TEST(LayeredEntry, ANeighbourSharesExactlyOneOfBackgroundAndForegroundAndAnyoneIsWelcome) {
   auto scene = [](const char *file) {
     auto s = std::make_unique<CScene>();
     s->m_File = file;
@@ -180,15 +180,13 @@ TEST(LayerNeighbours, ExactlyOneOfBackgroundAndForegroundIsTheSameFile) {
   EXPECT_TRUE(CSceneLayered(b1.get(), nullptr, nullptr).IsNeighbour(&active));
   EXPECT_FALSE(CSceneLayered(b2.get(), nullptr, nullptr).IsNeighbour(&active));
   EXPECT_FALSE(active.IsNeighbour(nullptr));
-}
 
-TEST(LayerCompatibility, ALayeredOtherIsAlwaysWelcome) {
-  CScene scene, other;
-  scene.m_Name = "a";
-  other.m_Name = "b";
-  scene.m_BadScenes = {"b", "-b-"};
-  CSceneLayered layered(&other, nullptr, nullptr);
-  EXPECT_EQ(scene.GetCompatibility(&other), 0);
-  EXPECT_EQ(scene.GetCompatibility(&layered), 1);
-  EXPECT_EQ(layered.GetCompatibility(&scene), 1);
+  // A layered other is always welcome, whatever the bad lists name.
+  CScene refusing;
+  refusing.m_BadScenes = {"b1", "b1--"};
+  b1->m_Name = "b1";
+  CSceneLayered layered(b1.get(), nullptr, nullptr);
+  EXPECT_EQ(refusing.GetCompatibility(b1.get()), 0);
+  EXPECT_EQ(refusing.GetCompatibility(&layered), 1);
+  EXPECT_EQ(layered.GetCompatibility(&refusing), 1);
 }

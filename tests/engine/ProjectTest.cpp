@@ -55,7 +55,7 @@ class Project : public testing::Test {
 };
 }  // namespace
 
-TEST_F(Project, PlaysTheWantedSceneAndDropsUnreadableOnes) {
+TEST_F(Project, PlaysTheWantedSceneOrElseTheFirstAndDropsUnreadableOnes) {
   LogCapture log;
   const std::string project = WriteProject(
       "app/projects/p.vmp", "ActiveSceneFile=\"[apppath]scenes/two.vms\" ActiveSceneName=\"\"",
@@ -71,15 +71,13 @@ TEST_F(Project, PlaysTheWantedSceneAndDropsUnreadableOnes) {
   EXPECT_TRUE(log.Has("WantedScene: '' from '[apppath]scenes/two.vms'"));
   EXPECT_TRUE(log.Has("Unable to load scene file \"" + (dir / "app/scenes/gone.vms") + "\"."));
   EXPECT_TRUE(log.Has("Scene count. Standalone: 2 Background: 0 Foreground: 0 Postprocessing: 0"));
-}
 
-TEST_F(Project, AMissingWantedSceneStartsWithTheFirstWhenNotRandom) {
-  engine.m_RandomizeScene = false;
-  const std::string project =
-      WriteProject("p.vmp", "ActiveSceneFile=\"[apppath]scenes/gone.vms\"",
-                   "<Scene File=\"[apppath]scenes/one.vms\"/><Scene File=\"[apppath]scenes/two.vms\"/>");
-  ASSERT_TRUE(engine.Start(Request(project)));
-  EXPECT_EQ(engine.ActiveSceneName(), "one");
+  // A wanted scene that is gone gives way to the first when the order is not random.
+  CVelmor ordered;
+  ordered.m_RandomizeScene = false;
+  ASSERT_TRUE(ordered.Start(Request(WriteProject("q.vmp", "ActiveSceneFile=\"[apppath]scenes/gone.vms\"",
+                                                 "<Scene File=\"[apppath]scenes/one.vms\"/><Scene File=\"[apppath]scenes/two.vms\"/>"))));
+  EXPECT_EQ(ordered.ActiveSceneName(), "one");
 }
 
 TEST_F(Project, FallsBackToTheDefaultProjectAndFailsWhenThatIsMissingToo) {
@@ -105,16 +103,15 @@ TEST_F(Project, FallsBackToTheDefaultProjectAndFailsWhenThatIsMissingToo) {
   EXPECT_EQ(log.LastError(), "Unable to load scene file \"" + (dir / "cut.vms") + "\".");
 }
 
-TEST_F(Project, ASceneFileOnTheCommandLinePlaysAlone) {
-  ASSERT_TRUE(engine.Start(Request("[apppath]scenes/two.vms", MODE_Test)));
-  EXPECT_FALSE(engine.m_IsProject);
-  EXPECT_EQ(Names(), std::vector<std::string>{"two"});
-  EXPECT_EQ(engine.ActiveSceneName(), "two");
-  EXPECT_TRUE(engine.m_AutoGotoNextScene);
-}
-
-TEST_F(Project, LayerListsOnTheCommandLineAndInProjects) {
+TEST_F(Project, SceneFilesAndLayerListsOnTheCommandLineAndInProjects) {
   LogCapture log;
+  CVelmor alone;
+  ASSERT_TRUE(alone.Start(Request("[apppath]scenes/two.vms", MODE_Test)));
+  EXPECT_FALSE(alone.m_IsProject);
+  EXPECT_EQ(alone.m_Scenes.size(), 1u);
+  EXPECT_EQ(alone.ActiveSceneName(), "two");
+  EXPECT_TRUE(alone.m_AutoGotoNextScene);
+
   ASSERT_TRUE(engine.Start(Request("[apppath]scenes/bg.vms;[apppath]scenes/fg.vms;[apppath]scenes/post.vms", MODE_Test)));
   auto *layered = dynamic_cast<CSceneLayered *>(engine.m_ActiveScene);
   ASSERT_NE(layered, nullptr);

@@ -134,11 +134,8 @@ TEST(Font, CutOrCorruptFilesAreRefusedWithTheirReason) {
     LogCapture log;
     LoadedFont f(c.bytes);
     EXPECT_EQ(f.result, c.result) << c.what;
-    if (c.error) {
-      EXPECT_NE(log.LastError().find(c.error), std::string::npos) << c.what << ": " << log.LastError();
-    } else {
-      EXPECT_TRUE(log.errors.empty()) << c.what;
-    }
+    if (c.error) EXPECT_NE(log.LastError().find(c.error), std::string::npos) << c.what << ": " << log.LastError();
+    else EXPECT_TRUE(log.errors.empty()) << c.what;
     EXPECT_FALSE(f.font.HasGlyph('A')) << c.what;
     f.font.WriteLines(0, 0, 0, "AV", 2, 1);  // still usable
   }

@@ -28,12 +28,8 @@ const VertexPNTBTC *Uploaded(const CPDMesh &mesh) {
 }
 
 void ExpectTangent(const VertexPNTBTC &v, CVector3 t, CVector3 b) {
-  EXPECT_NEAR(v.tx, t.x, 1e-5f);
-  EXPECT_NEAR(v.ty, t.y, 1e-5f);
-  EXPECT_NEAR(v.tz, t.z, 1e-5f);
-  EXPECT_NEAR(v.bx, b.x, 1e-5f);
-  EXPECT_NEAR(v.by, b.y, 1e-5f);
-  EXPECT_NEAR(v.bz, b.z, 1e-5f);
+  const float got[] = {v.tx, v.ty, v.tz, v.bx, v.by, v.bz}, want[] = {t.x, t.y, t.z, b.x, b.y, b.z};
+  for (int i = 0; i < 6; ++i) EXPECT_NEAR(got[i], want[i], 1e-5f) << "tangent, then binormal, component " << i;
 }
 }  // namespace
 
@@ -74,14 +70,12 @@ TEST(Mesh, TangentsFollowTheTextureAndSkipDegenerateStripJoins) {
   mesh.m_Triangles.Resize(1);
   mesh.m_Triangles[0] = {0, 1, 2};
   ASSERT_TRUE(mesh.MeshCreateDevice(&render));
-  ExpectTangent(Uploaded(mesh)[1], {0.640184f, -0.768221f, 0},
-                {0.768221f, 0.640184f, 0});
+  ExpectTangent(Uploaded(mesh)[1], {0.640184f, -0.768221f, 0}, {0.768221f, 0.640184f, 0});
 
   // Mirrored texture: the binormal turns to follow v.
   mesh.m_Vertices[2].v = -1;
   ASSERT_TRUE(mesh.MeshCreateDevice(&render));
-  ExpectTangent(Uploaded(mesh)[2], {-0.759257f, 0.650791f, 0},
-                {0.650791f, 0.759257f, 0});
+  ExpectTangent(Uploaded(mesh)[2], {-0.759257f, 0.650791f, 0}, {0.650791f, 0.759257f, 0});
 
   // A strip with a repeated index: odd triangles turn round, joins add
   // nothing, and a vertex no face touches has no tangent.

@@ -9,11 +9,9 @@
 
 namespace {
 void ExpectCorner(const VertexPCT &v, float x, float y, float z, float u, float tv) {
-  EXPECT_NEAR(v.x, x, 1e-6f);
-  EXPECT_NEAR(v.y, y, 1e-6f);
-  EXPECT_NEAR(v.z, z, 1e-6f);
-  EXPECT_EQ(v.u, u);
-  EXPECT_EQ(v.v, tv);
+  const float got[] = {v.x, v.y, v.z}, want[] = {x, y, z};
+  for (int i = 0; i < 3; ++i) EXPECT_NEAR(got[i], want[i], 1e-6f) << "axis " << i;
+  EXPECT_EQ(std::make_pair(v.u, v.v), std::make_pair(u, tv));
 }
 
 struct RenderPoints : testing::Test {

@@ -19,10 +19,8 @@ constexpr float kFastUnit = 0.99830717f;
 constexpr float kFastUnit9 = 0.99885964f;
 
 void ExpectVertex(const VertexPCT &v, float x, float y, float u, float tv) {
-  EXPECT_NEAR(v.x, x, 1e-6f);
-  EXPECT_NEAR(v.y, y, 1e-6f);
-  EXPECT_NEAR(v.u, u, 1e-6f);
-  EXPECT_NEAR(v.v, tv, 1e-6f);
+  const float got[] = {v.x, v.y, v.u, v.v}, want[] = {x, y, u, tv};
+  for (int i = 0; i < 4; ++i) EXPECT_NEAR(got[i], want[i], 1e-6f) << "x, y, u, v: " << i;
 }
 }  // namespace
 

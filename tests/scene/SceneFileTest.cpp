@@ -14,21 +14,13 @@
 #include <tinyxml.h>
 
 namespace {
-// A texture producer named like the render-to-texture node, for feedback detection.
+// A texture producer and user named like the render-to-texture node, for feedback detection.
 class CFeedbackSourceNode : public CNode {
  public:
   static CNodeInfo *CreateInfo() {
     auto *info = new CNodeInfo(4, "RenderToTexture", [] { return static_cast<CNode *>(new CFeedbackSourceNode); }, "");
-    info->AddOutPort(new CPortTexture("Color", ""));
-    info->AddOutPort(new CPortTexture("ColorNext", ""));
-    return info;
-  }
-};
-class CTextureUserNode : public CNode {
- public:
-  static CNodeInfo *CreateInfo() {
-    auto *info = new CNodeInfo(4, "TestTextureUser", [] { return static_cast<CNode *>(new CTextureUserNode); }, "");
     info->AddInPort(new CPortTexture("Texture", ""));
+    info->AddOutPort(new CPortTexture("ColorNext", ""));
     return info;
   }
 };
@@ -45,7 +37,6 @@ class SceneFile : public testing::Test {
     factory->AddNodeType(CSinNode::CreateInfo());
     factory->AddNodeType(CTestRootNode::CreateInfo());
     factory->AddNodeType(CFeedbackSourceNode::CreateInfo());
-    factory->AddNodeType(CTextureUserNode::CreateInfo());
     SetAppPaths(dir.Path() + "/app", dir.Path() + "/user");
   }
   ~SceneFile() override { SetAppPaths(".", "."); }
@@ -90,7 +81,7 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
   EXPECT_FALSE(scene.m_HasFeedback);
 }
 
-TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoad) {
+TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoadAndFeedbackIsFound) {
   LogCapture log;
   CScene scene;
   scene.m_Factory = &*factory;
@@ -104,11 +95,14 @@ TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoad) {
   scene.m_File = dir.Write("shapeless.vms", "<Velmor><Stuff/></Velmor>");
   EXPECT_FALSE(scene.LoadExternal());
   EXPECT_EQ(log.errors.size(), errors);  // no message for a missing element
-  // Found whatever the case of its name.
-  dir.Write("Mixed/Case.VMS", SceneDoc("Name=\"M\"", "", ""));
+  // Found whatever the case of its name; a texture fed back through ColorNext is feedback.
+  dir.Write("Mixed/Case.VMS",
+            SceneDoc("Name=\"M\"", "<Node Type=\"RenderToTexture\" Name=\"R\"/><Node Type=\"RenderToTexture\" Name=\"U\"/>",
+                     "<Connection Out=\"R.ColorNext\" In=\"U.Texture\"/>"));
   scene.m_File = dir / "mixed/case.vms";
   EXPECT_TRUE(scene.LoadExternal());
   EXPECT_EQ(scene.m_Name, "M");
+  EXPECT_TRUE(scene.m_HasFeedback);
 }
 
 TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
@@ -162,16 +156,6 @@ TEST_F(SceneFile, ProjectReferencesCarryFileNameAndRunTimeOnly) {
   EXPECT_FLOAT_EQ(scene.m_ShowTimeMax, 12.5f);
   EXPECT_TRUE(scene.m_Nodes.empty());
   EXPECT_TRUE(scene.LoadExternal());
-}
-
-TEST_F(SceneFile, FeedbackThroughColorNextIsDetected) {
-  dir.Write("fb.vms", SceneDoc("Name=\"F\"", "<Node Type=\"RenderToTexture\" Name=\"R\"/><Node Type=\"TestTextureUser\" Name=\"U\"/>",
-                               "<Connection Out=\"R.ColorNext\" In=\"U.Texture\"/>"));
-  CScene scene;
-  scene.m_Factory = &*factory;
-  scene.m_File = dir / "fb.vms";
-  ASSERT_TRUE(scene.LoadExternal());
-  EXPECT_TRUE(scene.m_HasFeedback);
 }
 
 TEST(SceneCompatibility, BadBeatsGoodAndNamesIgnoreCase) {
