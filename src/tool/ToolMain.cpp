@@ -1,10 +1,12 @@
 // velmor-tool: the command line for scene authors and for tests.
 
-#include "tool/ToolCommand.h"
-
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+
+#include "core/Random.h"
+#include "tool/ToolCommand.h"
 
 #ifndef VELMOR_VERSION
 #define VELMOR_VERSION "0.0.0"
@@ -34,6 +36,9 @@ int main(int argc, char **argv) {
   // Scripts read our output through pipes: keep it in step with stderr and
   // complete even when a sanitizer ends the process at exit.
   setvbuf(stdout, nullptr, _IOLBF, 0);
+  // Reproducible by default: seed 1 unless VELMOR_SEED says otherwise (a
+  // command's --seed overrides both). An unseeded generator draws only zeros.
+  SeedSharedRandom(getenv("VELMOR_SEED") ? StartSeed() : 1u);
   if (argc < 2) {
     PrintHelp(stderr);
     return 2;

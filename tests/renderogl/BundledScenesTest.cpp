@@ -76,6 +76,7 @@ Picture Look(GLWindow &window, const std::vector<uint8_t> &pixels) {
 
 TEST_F(ShippedAssets, EveryEntryOfEveryProjectLoadsCompilesAndDraws) {
   LogCapture log;
+  SeedSharedRandom(1);  // as the program does at start
   std::vector<std::string> projects;
   for (const auto &e : std::filesystem::directory_iterator(AssetsDir() + "/projects"))
     if (e.path().extension() == ".vmp") projects.push_back(e.path().string());
