@@ -1,6 +1,5 @@
-// Parsing, checking and the effect model: what listing and nodes rely on, and
-// that broken input ends in located errors, never a crash.
-#include "FxTestSupport.h"
+// Parsing, checking and the effect model; broken input ends in located errors.
+#include "FxGLSupport.h"
 #include "fx/FxEffect.h"
 #include "fx/FxListing.h"
 
@@ -48,7 +47,6 @@ TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
   EXPECT_EQ(params[1].annotations[0].text, "Texture2");
   EXPECT_EQ(TypeName(params[2].type), "float3");
   EXPECT_EQ(params[2].defaults, (std::vector<float>{1, 0.5f, 0.25f}));
-  EXPECT_EQ(params[2].Value(), params[2].defaults);
   ASSERT_EQ(params[2].annotations.size(), 5u);
   EXPECT_EQ(params[2].FindAnnotation("Steps")->values, std::vector<float>{4});
   EXPECT_EQ(params[2].FindAnnotation("R")->values, (std::vector<float>{1, 2}));
@@ -78,11 +76,8 @@ TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
 // Broken text fails to load and type errors in code a pass reaches fail its
 // translation, both with the file and line.
 TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
-  const std::string pass = kPassPS;
-  const struct {
-    std::string text;
-    const char *message;
-  } cases[] = {
+  const std::string pass = kPassPS, vs = kQuadVS;  // vs: four lines
+  const struct { std::string text; const char *message; } cases[] = {
       {"float4 f() {\n  return 1\n}\ntechnique T { pass {} }", "t.cgfx(3): expected ';', found '}'"},
       {"technique T {\n pass {\n  ZWriteEnabled = true;\n }\n}", "t.cgfx(3): unknown state 'ZWriteEnabled'"},
       {"technique T { pass { BlendFunc = int2(SrcAlpha, Sideways); } }", "t.cgfx(1): bad value 'Sideways' for BlendFunc"},
@@ -109,6 +104,24 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
       {"float4 PS() : COLOR { int i = 1 & 2; return i; }\n" + pass, "t.cgfx(1): operator '&' is not supported"},
       {"float4 PS(float4 c) : COLOR { return c; }\n" + pass, "t.cgfx(1): an entry input or output has no semantic"},
       {"float4 PS() : TEXCOORD0 { return 1; }\n" + pass, "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},
+      // What GLSL 1.20 cannot express, named with its construct.
+      {vs + "float4 PS() : COLOR { return 1; }\ntechnique T { pass { GeometryProgram = compile gp4gp PS(); } }\n",
+       "t.cgfx(6): geometry programs (GeometryProgram = compile gp4gp) cannot be translated to GLSL 1.20"},
+      {vs + "float4 PS() : COLOR { return 1; }\n"
+            "technique T { pass { VertexProgram = compile vp40 QuadVS();\n HullShader = compile hs_5_0 PS(); } }\n",
+       "t.cgfx(7): tessellation programs (HullShader = compile hs_5_0) cannot be translated to GLSL 1.20"},
+      {vs + "sampler2DARRAY gLayers;\n", "t.cgfx(5): texture arrays and buffers ('sampler2DARRAY') cannot be translated to GLSL 1.20"},
+      {vs + "cbuffer Lights { float4 gColor; };\n", "t.cgfx(5): constant buffers ('cbuffer') cannot be translated to GLSL 1.20"},
+      {QuadEffect("interface Shade { float4 at(); };\nfloat4 PS() : COLOR { Shade s;\n return s.at(); }"),
+       "t.cgfx(6): 's' is of interface type Shade: interface values cannot be translated to GLSL 1.20, use a struct that implements it"},
+      {vs + "uniform float4 gColor : BUFFER[0];\n", "t.cgfx(5): constant buffers (semantic BUFFER of 'gColor') cannot be translated to GLSL 1.20"},
+      {QuadEffect("float4 PS() : COLOR { float a[3] = {1, 2, 3}; return a[3]; }"),
+       "t.cgfx(5): index 3 is out of range for float[3] (0 to 2)"},
+      {QuadEffect("float4 PS() : COLOR { float4 v = 1;\n return v[-1]; }"), "t.cgfx(6): index -1 is out of range for float4 (0 to 3)"},
+      {QuadEffect("float4 PS() : COLOR { float r = 0;\n switch (2) { case 1: r = 1; case 2: r = 2; break; }\n return r; }"),
+       "t.cgfx(6): a case that runs on into the next is not supported: end it with break"},
+      {QuadEffect("float4 PS() : COLOR { float r = 0;\n for (int i = 0; i < 2; i++) switch (i) { case 0: continue; }\n return r; }"),
+       "t.cgfx(6): continue inside a switch is not supported"},
   };
   for (const auto &c : cases) EXPECT_EQ(Translate(c.text), std::string(c.message) + "\n") << c.text;
 }
@@ -133,16 +146,6 @@ TEST(FxEmitter, OverloadsAndMatrixLayoutAsDocumented) {
     EXPECT_NE(f.find(part), std::string::npos) << part << "\n" << f;
   EXPECT_EQ(f.find("M._"), std::string::npos) << f;
   EXPECT_EQ(GlslangErrors(f, true), "");
-}
-
-TEST(FxEmitter, UniformsKeepTheirNamesExceptReservedOnes) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float4 sample; float input; float4 unused;\n"
-                      "float4 PS() : COLOR { return sample * input; }\n" + std::string(kPassPS), &program),
-            "");
-  std::vector<std::pair<std::string, std::string>> expected = {{"sample", "vm_sample"}, {"input", "vm_input"}};
-  EXPECT_EQ(program.uniforms, expected);
-  EXPECT_EQ(GlslangErrors(program.fragment, true), "");
 }
 
 TEST(FxRobustness, TruncatedAndMangledCorpusNeverCrashes) {
