@@ -29,10 +29,6 @@ class FxCgFeatures : public FxGLTest {
     return "";
   }
 };
-
-std::string WithPass(const std::string &declarations, const std::string &states) {
-  return kQuadVS + declarations + "\ntechnique T { pass P { VertexProgram = compile vp40 QuadVS(); " + states + " } }\n";
-}
 }  // namespace
 
 TEST_F(FxCgFeatures, EachFeatureCompilesLinksAndDrawsItsValue) {
@@ -58,6 +54,15 @@ TEST_F(FxCgFeatures, EachFeatureCompilesLinksAndDrawsItsValue) {
        {0.5f, 0.25f, 0, 1}},
       {"number forms", QuadEffect("float4 PS() : COLOR { return float4(.5, 2e-3 * 125, 0x1F / 124.0, 1.5f - 1); }"),
        {0.5f, 0.25f, 0.25f, 0.5f}},
+      {"overloads rank by the cheapest conversion: bool goes to int before float",
+       QuadEffect("float F(float a) { return 0.25; }\nfloat F(float3 a) { return 0.5; }\nfloat F(int a) { return 0.75; }\n"
+                  "float4 PS() : COLOR { return float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true)); }"),
+       {0.75f, 0.25f, 0.5f, 0.75f}},
+      {"multi-element matrix swizzles and row casts",
+       QuadEffect("float4x4 M = {0.125, 0, 0, 0, 0, 0.375, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};\n"
+                  "float3x4 N = {0.25, 0.5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};\n"
+                  "float4 PS() : COLOR { return float4(M._m00_m11, (float2)N[0]); }"),
+       {0.125f, 0.375f, 0.25f, 0.5f}},
       {"scalar and shorter constructors from a vector",
        QuadEffect("float4 PS() : COLOR { float3 v = float3(0.25, 0.5, 0.75); return float4(float(v), float2(v.zyx), 1); }"),
        {0.25f, 0.75f, 0.5f, 1}},
@@ -81,9 +86,9 @@ TEST_F(FxCgFeatures, EachFeatureCompilesLinksAndDrawsItsValue) {
                   "float4 PS() : COLOR { return float4(Pick(gMode), Pick(7), Pick(1), 1); }"),
        {0.25f, 0.5f, 0.125f, 1}},
       {"program variables and arrays picked by constant index",
-       WithPass("float4 PS(uniform float v) : COLOR { return float4(v, 0, 0, 1); }\n"
-                "pixelshader gPrograms[2] = {compile fp40 PS(0.25), compile ps_3_0 PS(0.75)};\n",
-                "PixelShader = (gPrograms[1]);"),
+       std::string(kQuadVS) + "float4 PS(uniform float v) : COLOR { return float4(v, 0, 0, 1); }\n"
+           "pixelshader gPrograms[2] = {compile fp40 PS(0.25), compile ps_3_0 PS(0.75)};\n"
+           "technique T { pass P { VertexProgram = compile vp40 QuadVS(); PixelShader = (gPrograms[1]); } }\n",
        {0.75f, 0, 0, 1}},
       {"a varying the vertex program never writes reads (0, 0, 0, 1)",
        QuadEffect("float4 PS(float4 extra : TEXCOORD3, float4 c : COLOR) : COLOR { return extra + c * 2; }"), {0, 0, 0, 3}},

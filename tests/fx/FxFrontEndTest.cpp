@@ -11,13 +11,11 @@ std::unique_ptr<CFxEffect> Create(const std::string &text, CFxDiagnostics &diag)
 }
 
 // Translates the only pass; returns the listing of errors (empty: success).
-std::string Translate(const std::string &text, CFxPassProgram *program = nullptr) {
+std::string Translate(const std::string &text) {
   CFxDiagnostics diag;
   auto fx = Create(text, diag);
-  if (!fx) return diag.Listing();
-  CFxPassProgram local;
-  if (!fx->TranslatePass(fx->Techniques()[0].passes[0], program ? *program : local, diag)) return diag.Listing();
-  return "";
+  CFxPassProgram program;
+  return fx && fx->TranslatePass(fx->Techniques()[0].passes[0], program, diag) ? "" : diag.Listing();
 }
 
 const char *kPassPS = "technique T { pass { FragmentProgram = compile glslf PS(); } }\n";
@@ -124,28 +122,6 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
        "t.cgfx(6): continue inside a switch is not supported"},
   };
   for (const auto &c : cases) EXPECT_EQ(Translate(c.text), std::string(c.message) + "\n") << c.text;
-}
-
-// Overloads rank by the cheapest conversion: int literal -> F(int), float ->
-// F(float), float3 -> F(float3), bool -> F(int) (cheaper than to float). 3 Cg
-// rows are 3 GLSL columns of vec4: mul(M, v) is v * M and mul(v, M) is M * v.
-TEST(FxEmitter, OverloadsAndMatrixLayoutAsDocumented) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float F(float a) { return 1; }\nfloat F(float3 a) { return 2; }\nfloat F(int a) { return 3; }\n"
-                      "float4x4 M; float3x4 N;\n"
-                      "float4 PS(float4 v : TEXCOORD0) : COLOR {\n"
-                      "  float4 a = mul(M, v) + mul(v, M) + mul(mul(M, M), v) + mul(N, v).xyzx;\n"
-                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0])\n"
-                      "    + float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true));\n"
-                      "}\n" + std::string(kPassPS),
-                      &program),
-            "");
-  const std::string &f = program.fragment;
-  for (const char *part : {"vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))", "uniform mat3x4 N;", "(v * M)",
-                           "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]", "M[2][3]", "vec2(M[0][0], M[1][1])"})
-    EXPECT_NE(f.find(part), std::string::npos) << part << "\n" << f;
-  EXPECT_EQ(f.find("M._"), std::string::npos) << f;
-  EXPECT_EQ(GlslangErrors(f, true), "");
 }
 
 TEST(FxRobustness, TruncatedAndMangledCorpusNeverCrashes) {

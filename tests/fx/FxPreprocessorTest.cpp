@@ -7,12 +7,6 @@
 #include <map>
 
 namespace {
-std::string Join(const std::vector<FxToken> &tokens) {
-  std::string s;
-  for (const FxToken &t : tokens) s += (s.empty() ? "" : " ") + t.text;
-  return s;
-}
-
 struct Preprocessed {
   CFxDiagnostics diag;
   std::vector<FxToken> tokens;
@@ -25,7 +19,11 @@ struct Preprocessed {
     });
     tokens = pp.Run(text, "fx.cgfx");
   }
-  std::string Text() const { return Join(tokens); }
+  std::string Text() const {
+    std::string s;
+    for (const FxToken &t : tokens) s += (s.empty() ? "" : " ") + t.text;
+    return s;
+  }
 };
 }  // namespace
 

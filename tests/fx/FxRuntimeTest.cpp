@@ -100,10 +100,7 @@ TEST(FxText, ShaderHeaderFilterAndRetryWhenMissing) {
   std::string missing = "/tmp/velmor-no-such-header.cgh";
   LoadShaderHeader(missing.c_str());
   EXPECT_EQ(GetShaderHeader(), "");
-  {
-    TempDir dir;
-    LoadShaderHeader(dir.Write("header.cgh", "float _noisefast(float x) { return x; }\n\n").c_str());
-  }
+  LoadShaderHeader(TempDir().Write("header.cgh", "float _noisefast(float x) { return x; }\n\n").c_str());
   EXPECT_EQ(GetShaderHeader(), "float _noisefast(float x) { return x; }\n");
   LoadShaderHeader(missing.c_str());  // already loaded: kept
   EXPECT_FALSE(GetShaderHeader().empty());

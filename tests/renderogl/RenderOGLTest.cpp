@@ -69,7 +69,6 @@ TEST(RenderOGL, TexturesUploadAndReadBackIn1D2DAnd3D) {
   for (Case c : {Case{16, 0, 0, GL_TEXTURE_1D}, Case{8, 4, 0, GL_TEXTURE_2D}, Case{4, 4, 3, GL_TEXTURE_3D}}) {
     SCOPED_TRACE(c.target);
     CTexture *t = gl.render.CreateTexture(c.w, c.h, c.d, TF_A8R8G8B8, TT_Normal);
-    ASSERT_NE(t, nullptr);
     auto *ogl = dynamic_cast<CTextureOGL *>(t);
     ASSERT_NE(ogl, nullptr);
     EXPECT_EQ(ogl->Target(), c.target);

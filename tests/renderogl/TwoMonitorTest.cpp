@@ -55,8 +55,13 @@ class TwoMonitors : public testing::Test {
     ASSERT_TRUE(render.Init());
     ASSERT_EQ(render.m_MonitorCount, 2);
   }
+  void TearDown() override {
+    render.Cleanup3DEnvironment();
+    render.DestroyScreen();
+  }
   VirtualMonitors monitors;  // before the renderer: it must see them
   CRenderOGL render;
+  CRenderClientFunctions client;  // outlives the renderer's cleanup in TearDown
 };
 
 TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
@@ -65,7 +70,6 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
   ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
   ASSERT_EQ(render.m_Windows.size(), 2u);
   EXPECT_EQ(render.m_Windows[1].monitor, &render.m_Monitors[1]);
-  CRenderClientFunctions client;
   render.SetClient(&client);
   ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
   PinGLDriver();
@@ -114,8 +118,6 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
   ASSERT_EQ(seen.size(), 2u);
   for (int unit = 0; unit < 2; ++unit) EXPECT_TRUE(pixel(unit, 8) == kRed && pixel(unit, kW - 8) == kGreen) << unit;
   glDeleteProgram(program);
-  render.Cleanup3DEnvironment();
-  render.DestroyScreen();
 }
 
 TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
@@ -132,6 +134,4 @@ TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
   EXPECT_TRUE(render.IsRenderWindow(render.GetWindowHandle(0)));
   EXPECT_FALSE(render.IsRenderWindow(render.GetWindowHandle(1)));
   for (const std::string &line : log.lines) EXPECT_EQ(line.find("Changing display mode"), std::string::npos);
-  render.Cleanup3DEnvironment();
-  render.DestroyScreen();
 }
