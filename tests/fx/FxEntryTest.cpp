@@ -1,5 +1,4 @@
-// The generated main() of each stage: which attributes a GL back end must
-// bind, how outputs reach GL and varyings link between the stages.
+// The generated main() of each stage: attributes, outputs, varyings.
 #include "FxTestSupport.h"
 #include "fx/FxEffect.h"
 
@@ -62,19 +61,4 @@ TEST_F(OutputsEffect, AStageWithoutPartnerUsesTheBuiltInVaryings) {
   for (const char *part : {"cg_in0 = gl_Color;", "cg_in1 = gl_TexCoord[1].xy;"})
     EXPECT_TRUE(Has(fragmentOnly.fragment, part)) << part << "\n" << fragmentOnly.fragment;
   EXPECT_EQ(GlslangErrors(fragmentOnly.fragment, true), "");
-}
-
-TEST(FxEntry, VertexStageWritesEveryVaryingTheFragmentStageReads) {
-  CFxDiagnostics diag;
-  auto fx = CFxEffect::Create(
-      "float4 VS(float4 p : POSITION) : POSITION { return p; }\n"
-      "float4 PS(float2 uv : TEXCOORD3, float4 c : COLOR) : COLOR { return c * uv.x; }\n"
-      "technique T { pass { VertexProgram = compile glslv VS(); FragmentProgram = compile glslf PS(); } }\n",
-      "t.cgfx", diag);
-  ASSERT_TRUE(fx) << diag.Listing();
-  CFxPassProgram p;
-  ASSERT_TRUE(fx->TranslatePass(fx->Techniques()[0].passes[0], p, diag)) << diag.Listing();
-  for (const char *v : {"TEXCOORD3", "COLOR0"})
-    EXPECT_NE(p.vertex.find(std::string(v) + " = vec4(0.0, 0.0, 0.0, 1.0);"), std::string::npos) << v << p.vertex;
-  EXPECT_EQ(GlslangErrors(p.vertex, false), "");
 }

@@ -1,6 +1,5 @@
-// Parsing, checking and the effect model: what listing and nodes rely on, and
-// that broken input ends in located errors, never a crash.
-#include "FxTestSupport.h"
+// Parsing, checking and the effect model; broken input ends in located errors.
+#include "FxGLSupport.h"
 #include "fx/FxEffect.h"
 #include "fx/FxListing.h"
 
@@ -12,13 +11,11 @@ std::unique_ptr<CFxEffect> Create(const std::string &text, CFxDiagnostics &diag)
 }
 
 // Translates the only pass; returns the listing of errors (empty: success).
-std::string Translate(const std::string &text, CFxPassProgram *program = nullptr) {
+std::string Translate(const std::string &text) {
   CFxDiagnostics diag;
   auto fx = Create(text, diag);
-  if (!fx) return diag.Listing();
-  CFxPassProgram local;
-  if (!fx->TranslatePass(fx->Techniques()[0].passes[0], program ? *program : local, diag)) return diag.Listing();
-  return "";
+  CFxPassProgram program;
+  return fx && fx->TranslatePass(fx->Techniques()[0].passes[0], program, diag) ? "" : diag.Listing();
 }
 
 const char *kPassPS = "technique T { pass { FragmentProgram = compile glslf PS(); } }\n";
@@ -48,7 +45,6 @@ TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
   EXPECT_EQ(params[1].annotations[0].text, "Texture2");
   EXPECT_EQ(TypeName(params[2].type), "float3");
   EXPECT_EQ(params[2].defaults, (std::vector<float>{1, 0.5f, 0.25f}));
-  EXPECT_EQ(params[2].Value(), params[2].defaults);
   ASSERT_EQ(params[2].annotations.size(), 5u);
   EXPECT_EQ(params[2].FindAnnotation("Steps")->values, std::vector<float>{4});
   EXPECT_EQ(params[2].FindAnnotation("R")->values, (std::vector<float>{1, 2}));
@@ -78,11 +74,8 @@ TEST(FxEffectModel, ParametersWithSemanticsAnnotationsAndDefaults) {
 // Broken text fails to load and type errors in code a pass reaches fail its
 // translation, both with the file and line.
 TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
-  const std::string pass = kPassPS;
-  const struct {
-    std::string text;
-    const char *message;
-  } cases[] = {
+  const std::string pass = kPassPS, vs = kQuadVS;  // vs: four lines
+  const struct { std::string text; const char *message; } cases[] = {
       {"float4 f() {\n  return 1\n}\ntechnique T { pass {} }", "t.cgfx(3): expected ';', found '}'"},
       {"technique T {\n pass {\n  ZWriteEnabled = true;\n }\n}", "t.cgfx(3): unknown state 'ZWriteEnabled'"},
       {"technique T { pass { BlendFunc = int2(SrcAlpha, Sideways); } }", "t.cgfx(1): bad value 'Sideways' for BlendFunc"},
@@ -109,40 +102,26 @@ TEST(FxDiagnostics, BrokenEffectsAndTypeErrorsReportFileAndLine) {
       {"float4 PS() : COLOR { int i = 1 & 2; return i; }\n" + pass, "t.cgfx(1): operator '&' is not supported"},
       {"float4 PS(float4 c) : COLOR { return c; }\n" + pass, "t.cgfx(1): an entry input or output has no semantic"},
       {"float4 PS() : TEXCOORD0 { return 1; }\n" + pass, "t.cgfx(1): unknown fragment output semantic 'TEXCOORD0'"},
+      // What GLSL 1.20 cannot express, named with its construct.
+      {vs + "float4 PS() : COLOR { return 1; }\ntechnique T { pass { GeometryProgram = compile gp4gp PS(); } }\n",
+       "t.cgfx(6): geometry programs (GeometryProgram = compile gp4gp) cannot be translated to GLSL 1.20"},
+      {vs + "float4 PS() : COLOR { return 1; }\n"
+            "technique T { pass { VertexProgram = compile vp40 QuadVS();\n HullShader = compile hs_5_0 PS(); } }\n",
+       "t.cgfx(7): tessellation programs (HullShader = compile hs_5_0) cannot be translated to GLSL 1.20"},
+      {vs + "sampler2DARRAY gLayers;\n", "t.cgfx(5): texture arrays and buffers ('sampler2DARRAY') cannot be translated to GLSL 1.20"},
+      {vs + "cbuffer Lights { float4 gColor; };\n", "t.cgfx(5): constant buffers ('cbuffer') cannot be translated to GLSL 1.20"},
+      {QuadEffect("interface Shade { float4 at(); };\nfloat4 PS() : COLOR { Shade s;\n return s.at(); }"),
+       "t.cgfx(6): 's' is of interface type Shade: interface values cannot be translated to GLSL 1.20, use a struct that implements it"},
+      {vs + "uniform float4 gColor : BUFFER[0];\n", "t.cgfx(5): constant buffers (semantic BUFFER of 'gColor') cannot be translated to GLSL 1.20"},
+      {QuadEffect("float4 PS() : COLOR { float a[3] = {1, 2, 3}; return a[3]; }"),
+       "t.cgfx(5): index 3 is out of range for float[3] (0 to 2)"},
+      {QuadEffect("float4 PS() : COLOR { float4 v = 1;\n return v[-1]; }"), "t.cgfx(6): index -1 is out of range for float4 (0 to 3)"},
+      {QuadEffect("float4 PS() : COLOR { float r = 0;\n switch (2) { case 1: r = 1; case 2: r = 2; break; }\n return r; }"),
+       "t.cgfx(6): a case that runs on into the next is not supported: end it with break"},
+      {QuadEffect("float4 PS() : COLOR { float r = 0;\n for (int i = 0; i < 2; i++) switch (i) { case 0: continue; }\n return r; }"),
+       "t.cgfx(6): continue inside a switch is not supported"},
   };
   for (const auto &c : cases) EXPECT_EQ(Translate(c.text), std::string(c.message) + "\n") << c.text;
-}
-
-// Overloads rank by the cheapest conversion: int literal -> F(int), float ->
-// F(float), float3 -> F(float3), bool -> F(int) (cheaper than to float). 3 Cg
-// rows are 3 GLSL columns of vec4: mul(M, v) is v * M and mul(v, M) is M * v.
-TEST(FxEmitter, OverloadsAndMatrixLayoutAsDocumented) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float F(float a) { return 1; }\nfloat F(float3 a) { return 2; }\nfloat F(int a) { return 3; }\n"
-                      "float4x4 M; float3x4 N;\n"
-                      "float4 PS(float4 v : TEXCOORD0) : COLOR {\n"
-                      "  float4 a = mul(M, v) + mul(v, M) + mul(mul(M, M), v) + mul(N, v).xyzx;\n"
-                      "  return a + M[1] + M[2][3] + M._m23 + M._34 + float4(M._m00_m11, (float2)N[0])\n"
-                      "    + float4(F(1), F(1.0), F(float3(1, 1, 1)), F(true));\n"
-                      "}\n" + std::string(kPassPS),
-                      &program),
-            "");
-  const std::string &f = program.fragment;
-  for (const char *part : {"vec4(F(1), F(1.0), F(vec3(1.0, 1.0, 1.0)), F(int(true)))", "uniform mat3x4 N;", "(v * M)",
-                           "(M * v)", "(v * (M * M))", "(v * N).xyzx", "M[1]", "M[2][3]", "vec2(M[0][0], M[1][1])"})
-    EXPECT_NE(f.find(part), std::string::npos) << part << "\n" << f;
-  EXPECT_EQ(f.find("M._"), std::string::npos) << f;
-  EXPECT_EQ(GlslangErrors(f, true), "");
-}
-
-TEST(FxEmitter, UniformsKeepTheirNamesExceptReservedOnes) {
-  CFxPassProgram program;
-  ASSERT_EQ(Translate("float4 sample; float input; float4 unused;\n"
-                      "float4 PS() : COLOR { return sample * input; }\n" + std::string(kPassPS), &program),
-            "");
-  std::vector<std::pair<std::string, std::string>> expected = {{"sample", "vm_sample"}, {"input", "vm_input"}};
-  EXPECT_EQ(program.uniforms, expected);
-  EXPECT_EQ(GlslangErrors(program.fragment, true), "");
 }
 
 TEST(FxRobustness, TruncatedAndMangledCorpusNeverCrashes) {

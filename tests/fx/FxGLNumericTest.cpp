@@ -1,9 +1,5 @@
-// Values through compiled effects on the driver, read back from a float
-// target: the matrices each semantic feeds, every mul form, the intrinsics
-// whose Cg meaning differs from GLSL's, and how values reach GL.
+// Values through compiled effects on the driver, read from a float target.
 #include "FxGLSupport.h"
-
-#include <gmock/gmock.h>
 
 #include <cmath>
 #include <cstring>
@@ -57,11 +53,7 @@ TEST_F(FxGLTest, EveryMatrixSemanticMultipliesAsTheEngineDoes) {
     for (CFxParameter &p : fx.Effect()->Parameters()) fx.SetMatrixParameter(p);
   };
   const Mat wv = Mul(kWorld, kView), vp = Mul(kView, kProj), wvp = Mul(wv, kProj);
-  struct Case {
-    const char *semantic;
-    Mat matrix;
-    bool columns;
-  } cases[] = {
+  struct Case { const char *semantic; Mat matrix; bool columns; } cases[] = {
       {"WORLDVIEWPROJECTION", wvp, true}, {"WORLD", kWorld, true},   {"VIEW", kView, true},
       {"PROJECTION", kProj, true},        {"WORLDVIEW", wv, true},   {"VIEWPROJECTION", vp, true},
       {"WORLDTRANSPOSE", kWorld, false},  {"VIEWTRANSPOSE", kView, false},
@@ -90,27 +82,20 @@ TEST_F(FxGLTest, EveryMatrixSemanticMultipliesAsTheEngineDoes) {
 
 TEST_F(FxGLTest, MulFormsAndIntrinsicsKeepCgMeaning) {
   // A and N as the shader sees them, row by row; expected values by hand.
-  const float a[9] = {1, 2, 3, 4, 5, 6, 7, 8, 10};
-  const float b[9] = {0, 1, 0, 2, 0, 1, 1, 1, 3};
-  const float n[12] = {1, 0, 2, 1, 0, 3, 1, -1, 2, 2, 0, 4};  // float3x4
-  const float u[3] = {1, -2, 0.5f};
-  const float q[4] = {2, 1, -1, 0.5f};
-  const float e[4] = {-1.5f, 5.5f, -5.5f, 7}, f[4] = {1, -2, 2, 2.5f}, t[4] = {0, 1, 0.25f, -1};
   const std::string decl = "float3x3 A; float3x3 B; float3x4 N; float3 u; float4 q; float s;\n"
                            "float4 e; float4 f; float4 t;\n";
   auto feed = [&](CFx &fx) {
-    fx.GetNamedParameter("A")->SetValuefr(a, 9);
-    fx.GetNamedParameter("B")->SetValuefr(b, 9);
-    fx.GetNamedParameter("N")->SetValuefr(n, 12);
-    fx.GetNamedParameter("u")->SetValuefr(u, 3);
-    fx.GetNamedParameter("q")->SetValuefr(q, 4);
+    Set(fx, "A", {1, 2, 3, 4, 5, 6, 7, 8, 10});
+    Set(fx, "B", {0, 1, 0, 2, 0, 1, 1, 1, 3});
+    Set(fx, "N", {1, 0, 2, 1, 0, 3, 1, -1, 2, 2, 0, 4});
+    Set(fx, "u", {1, -2, 0.5f});
+    Set(fx, "q", {2, 1, -1, 0.5f});
     Set(fx, "s", {-3});
-    for (auto [name, v] : {std::pair{"e", e}, {"f", f}, {"t", t}}) fx.GetNamedParameter(name)->SetValuefr(v, 4);
+    Set(fx, "e", {-1.5f, 5.5f, -5.5f, 7});
+    Set(fx, "f", {1, -2, 2, 2.5f});
+    Set(fx, "t", {0, 1, 0.25f, -1});
   };
-  struct Case {
-    const char *body;
-    Float4 expected;
-  } cases[] = {
+  struct Case { const char *body; Float4 expected; } cases[] = {
       {"float4(mul(A, u), 0)", {-1.5f, -3, -4, 0}},
       {"float4(mul(u, A), 0)", {-3.5f, -4, -4, 0}},
       {"float4(mul(mul(A, B), u), 0)", {4.5f, 7.5f, 11, 0}},

@@ -1,91 +1,93 @@
-// Passes on the driver: states applied by BeginPass and put back by EndPass,
-// in GL's state and in what is drawn; technique choice by linking; a broken
-// effect that never draws and never crashes.
+// Passes on the driver: states, technique choice by linking, broken effects.
 #include "FxGLSupport.h"
 
-#include <gmock/gmock.h>
-
 namespace {
-GLint Integer(GLenum what) {
-  GLint v = 0;
-  glGetIntegerv(what, &v);
-  return v;
-}
-float Float(GLenum what) {
-  GLfloat v = 0;
-  glGetFloatv(what, &v);
-  return v;
-}
-std::array<GLint, 4> ColorMask() {
-  GLboolean m[4];
-  glGetBooleanv(GL_COLOR_WRITEMASK, m);
-  return {m[0], m[1], m[2], m[3]};
-}
 // Translates, but no driver holds that many uniforms.
 const std::string kHugePS =
     "float4x4 gHuge[4096];\n"
     "float4 HugePS(float2 uv : TEXCOORD0) : COLOR { return gHuge[(int)(uv.x * 4095)][0]; }\n";
 }  // namespace
 
-TEST_F(FxGLTest, PassStatesApplyAndResetToGLDefaults) {
-  CFx *fx = Parse(QuadEffect(
-      "float4 PS() : COLOR { return 1; }\n"
-      "technique States { pass P {\n"
-      "  VertexProgram = compile glslv QuadVS(); FragmentProgram = compile glslf PS();\n"
-      "  DepthTestEnable = true; DepthFunc = Always; DepthMask = false;\n"
-      "  BlendEnable = true; BlendFunc = int2(SrcAlpha, One); BlendEquation = ReverseSubtract;\n"
-      "  CullFaceEnable = true; CullFace = Front; FrontFace = CW;\n"
-      "  AlphaTestEnable = true; AlphaFunc = float2(GEqual, 0.5);\n"
-      "  ColorMask = bool4(true, false, true, false); PolygonMode = int2(FrontAndBack, Line);\n"
-      "  PolygonOffsetFillEnable = true; PolygonOffset = float2(1.5, 2);\n"
-      "  PointSize = 4; LineWidth = 3;\n"
-      "  StencilTestEnable = true; StencilFunc = int3(Equal, 3, 7); StencilOp = int3(Zero, Incr, Replace);\n"
-      "  StencilMask = 5;\n"
-      "} }\n"));
-  FxTechniqueRecord *t = Technique(fx);
-  ASSERT_TRUE(t);
-  struct Check {
-    const char *what;
-    std::function<double()> read;
-    double during, after;
-  } checks[] = {
-      {"depth test", [] { return glIsEnabled(GL_DEPTH_TEST); }, 1, 0},
-      {"depth func", [] { return Integer(GL_DEPTH_FUNC); }, GL_ALWAYS, GL_LESS},
-      {"depth mask", [] { return Integer(GL_DEPTH_WRITEMASK); }, 0, 1},
-      {"blend", [] { return glIsEnabled(GL_BLEND); }, 1, 0},
-      {"blend src", [] { return Integer(GL_BLEND_SRC_RGB); }, GL_SRC_ALPHA, GL_ONE},
-      {"blend dst", [] { return Integer(GL_BLEND_DST_RGB); }, GL_ONE, GL_ZERO},
-      {"blend equation", [] { return Integer(GL_BLEND_EQUATION_RGB); }, GL_FUNC_REVERSE_SUBTRACT, GL_FUNC_ADD},
-      {"cull", [] { return glIsEnabled(GL_CULL_FACE); }, 1, 0},
-      {"cull face", [] { return Integer(GL_CULL_FACE_MODE); }, GL_FRONT, GL_BACK},
-      {"front face", [] { return Integer(GL_FRONT_FACE); }, GL_CW, GL_CCW},
-      {"alpha test", [] { return glIsEnabled(GL_ALPHA_TEST); }, 1, 0},
-      {"alpha func", [] { return Integer(GL_ALPHA_TEST_FUNC); }, GL_GEQUAL, GL_ALWAYS},
-      {"alpha ref", [] { return Float(GL_ALPHA_TEST_REF); }, 0.5, 0},
-      {"color mask g", [] { return ColorMask()[1]; }, 0, 1},
-      {"color mask a", [] { return ColorMask()[3]; }, 0, 1},
-      {"polygon mode", [] { GLint m[2]; glGetIntegerv(GL_POLYGON_MODE, m); return m[0]; }, GL_LINE, GL_FILL},
-      {"offset fill", [] { return glIsEnabled(GL_POLYGON_OFFSET_FILL); }, 1, 0},
-      {"offset factor", [] { return Float(GL_POLYGON_OFFSET_FACTOR); }, 1.5, 0},
-      {"offset units", [] { return Float(GL_POLYGON_OFFSET_UNITS); }, 2, 0},
-      {"point size", [] { return Float(GL_POINT_SIZE); }, 4, 1},
-      {"line width", [] { return Float(GL_LINE_WIDTH); }, 3, 1},
-      {"stencil", [] { return glIsEnabled(GL_STENCIL_TEST); }, 1, 0},
-      {"stencil func", [] { return Integer(GL_STENCIL_FUNC); }, GL_EQUAL, GL_ALWAYS},
-      {"stencil ref", [] { return Integer(GL_STENCIL_REF); }, 3, 0},
-      {"stencil value mask", [] { return Integer(GL_STENCIL_VALUE_MASK) & 0xff; }, 7, 0xff},
-      {"stencil fail", [] { return Integer(GL_STENCIL_FAIL); }, GL_ZERO, GL_KEEP},
-      {"stencil pass", [] { return Integer(GL_STENCIL_PASS_DEPTH_PASS); }, GL_REPLACE, GL_KEEP},
-      {"stencil writemask", [] { return Integer(GL_STENCIL_WRITEMASK) & 0xff; }, 5, 0xff},
+TEST_F(FxGLTest, PassStatesOfBothDialectsApplyAndResetToGLDefaults) {
+  // component -1: glIsEnabled(query); otherwise that value of glGetFloatv.
+  struct Row { const char *state; GLenum query; int component; float during, after; };
+  const float kAllBits = 4294967295.0f;  // a mask's default
+  const Row glNames[] = {
+      {"DepthTestEnable = true;", GL_DEPTH_TEST, -1, 1, 0},
+      {"DepthFunc = Always;", GL_DEPTH_FUNC, 0, GL_ALWAYS, GL_LESS},
+      {"DepthMask = false;", GL_DEPTH_WRITEMASK, 0, 0, 1},
+      {"BlendEnable = true;", GL_BLEND, -1, 1, 0},
+      {"BlendFunc = int2(SrcAlpha, One);", GL_BLEND_SRC_RGB, 0, GL_SRC_ALPHA, GL_ONE},
+      {"", GL_BLEND_DST_RGB, 0, GL_ONE, GL_ZERO},
+      {"BlendEquation = ReverseSubtract;", GL_BLEND_EQUATION_RGB, 0, GL_FUNC_REVERSE_SUBTRACT, GL_FUNC_ADD},
+      {"CullFaceEnable = true;", GL_CULL_FACE, -1, 1, 0},
+      {"CullFace = Front;", GL_CULL_FACE_MODE, 0, GL_FRONT, GL_BACK},
+      {"FrontFace = CW;", GL_FRONT_FACE, 0, GL_CW, GL_CCW},
+      {"AlphaTestEnable = true;", GL_ALPHA_TEST, -1, 1, 0},
+      {"AlphaFunc = float2(GEqual, 0.5);", GL_ALPHA_TEST_FUNC, 0, GL_GEQUAL, GL_ALWAYS},
+      {"", GL_ALPHA_TEST_REF, 0, 0.5f, 0},
+      {"ColorMask = bool4(true, false, true, false);", GL_COLOR_WRITEMASK, 1, 0, 1},
+      {"", GL_COLOR_WRITEMASK, 3, 0, 1},
+      {"PolygonMode = int2(FrontAndBack, Line);", GL_POLYGON_MODE, 0, GL_LINE, GL_FILL},
+      {"PolygonOffsetFillEnable = true;", GL_POLYGON_OFFSET_FILL, -1, 1, 0},
+      {"PolygonOffset = float2(1.5, 2);", GL_POLYGON_OFFSET_FACTOR, 0, 1.5f, 0},
+      {"", GL_POLYGON_OFFSET_UNITS, 0, 2, 0},
+      {"PointSize = 4;", GL_POINT_SIZE, 0, 4, 1},
+      {"LineWidth = 3;", GL_LINE_WIDTH, 0, 3, 1},
+      {"StencilTestEnable = true;", GL_STENCIL_TEST, -1, 1, 0},
+      {"StencilFunc = int3(Equal, 3, 7);", GL_STENCIL_FUNC, 0, GL_EQUAL, GL_ALWAYS},
+      {"", GL_STENCIL_REF, 0, 3, 0},
+      {"", GL_STENCIL_VALUE_MASK, 0, 7, kAllBits},
+      {"StencilOp = int3(Zero, Incr, Replace);", GL_STENCIL_FAIL, 0, GL_ZERO, GL_KEEP},
+      {"", GL_STENCIL_PASS_DEPTH_PASS, 0, GL_REPLACE, GL_KEEP},
+      {"StencilMask = 5;", GL_STENCIL_WRITEMASK, 0, 5, kAllBits},
   };
-  FxPassRecord *p = fx->Begin(t);
-  ASSERT_TRUE(fx->BeginPass(p));
-  EXPECT_NE(Integer(GL_CURRENT_PROGRAM), 0);
-  for (const Check &c : checks) EXPECT_DOUBLE_EQ(c.read(), c.during) << c.what << " while the pass is on";
-  fx->EndPass(p);
-  EXPECT_EQ(Integer(GL_CURRENT_PROGRAM), 0);
-  for (const Check &c : checks) EXPECT_DOUBLE_EQ(c.read(), c.after) << c.what << " after the pass";
-  EXPECT_EQ(fx->NextPass(p), nullptr);
+  // The other dialect's names; PointSize follows a parameter.
+  const Row dxNames[] = {
+      {"CullMode = CW;", GL_CULL_FACE, -1, 1, 0},
+      {"AlphaBlendEnable = true;", GL_BLEND, -1, 1, 0},
+      {"BlendEquationSeparate = int2(Add, Max);", GL_BLEND_EQUATION_ALPHA, 0, GL_MAX, GL_FUNC_ADD},
+      {"SrcBlend = SrcAlpha;", GL_BLEND_SRC_RGB, 0, GL_SRC_ALPHA, GL_ONE},
+      {"DestBlend = InvSrcAlpha;", GL_BLEND_DST_RGB, 0, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO},
+      {"ZFunc = Greater;", GL_DEPTH_FUNC, 0, GL_GREATER, GL_LESS},
+      {"ScissorTestEnable = true;", GL_SCISSOR_TEST, -1, 1, 0},
+      {"FillMode = Wireframe;", GL_POLYGON_MODE, 0, GL_LINE, GL_FILL},
+      {"LogicOp = Xor;", GL_LOGIC_OP_MODE, 0, GL_XOR, GL_COPY},
+      {"StencilFuncSeparate = int4(Back, Greater, 3, 255);", GL_STENCIL_BACK_FUNC, 0, GL_GREATER, GL_ALWAYS},
+      {"ClipPlaneEnable[1] = true;", GL_CLIP_PLANE1, -1, 1, 0},
+      {"ShadeModel = Flat;", GL_SHADE_MODEL, 0, GL_FLAT, GL_SMOOTH},
+      {"PointSize = gSize * 2;", GL_POINT_SIZE, 0, 6, 1},
+  };
+  auto read = [](const Row &row) {
+    float v[4] = {};
+    if (row.component >= 0) glGetFloatv(row.query, v);
+    return row.component < 0 ? (glIsEnabled(row.query) ? 1.0f : 0.0f) : v[row.component];
+  };
+  for (auto [rows, count] : {std::pair{glNames, std::size(glNames)}, {dxNames, std::size(dxNames)}}) {
+    std::string states;
+    for (size_t i = 0; i < count; ++i) states += rows[i].state;
+    CFx *fx = Parse(QuadEffect("float gSize = 3;\nfloat4 PS() : COLOR { return 1; }\ntechnique States { pass P {\n"
+                               "  VertexProgram = compile glslv QuadVS(); FragmentProgram = compile glslf PS();\n" +
+                               states + "\n} }\n"));
+    FxTechniqueRecord *t = Technique(fx);
+    ASSERT_TRUE(t);
+    FxPassRecord *p = fx->Begin(t);
+    ASSERT_TRUE(fx->BeginPass(p));
+    EXPECT_NE(GLInteger(GL_CURRENT_PROGRAM), 0);
+    for (size_t i = 0; i < count; ++i) EXPECT_EQ(read(rows[i]), rows[i].during) << rows[i].query << " " << rows[i].state;
+    fx->EndPass(p);
+    EXPECT_EQ(GLInteger(GL_CURRENT_PROGRAM), 0);
+    for (size_t i = 0; i < count; ++i)
+      EXPECT_EQ(read(rows[i]), rows[i].after) << rows[i].query << " " << rows[i].state << " after the pass";
+    EXPECT_EQ(fx->NextPass(p), nullptr);
+    fx->End();
+    Set(*fx, "gSize", {5});  // a computed state follows its parameter
+    p = fx->Begin(t);
+    ASSERT_TRUE(fx->BeginPass(p));
+    EXPECT_EQ(GLFloat(GL_POINT_SIZE), rows == dxNames ? 10 : 4);
+    fx->EndPass(p);
+    fx->End();
+  }
 }
 
 TEST_F(FxGLTest, EachPassDrawsWithItsOwnStatesOnly) {
@@ -149,7 +151,7 @@ TEST_F(FxGLTest, ABrokenEffectNeverDraws) {
   FxPassRecord *p = fx->Begin(&forced);
   ASSERT_TRUE(p);
   EXPECT_FALSE(fx->BeginPass(p));
-  EXPECT_EQ(Integer(GL_CURRENT_PROGRAM), 0);
+  EXPECT_EQ(GLInteger(GL_CURRENT_PROGRAM), 0);
   fx->CommitChanges();
   fx->EndPass(p);
   fx->End();

@@ -2,8 +2,6 @@
 
 #include "renderogl/GLDriverPin.h"
 
-#include <gmock/gmock.h>
-
 const char *const kQuadVS =
     "void QuadVS(float4 p : POSITION, float2 uv : TEXCOORD0, out float4 hpos : POSITION, out float2 t : TEXCOORD0) {\n"
     "  hpos = p;\n"
@@ -23,10 +21,7 @@ void FxGLTest::SetUp() {
   m_Manager = dynamic_cast<CFxManagerOGL *>(m_Render->m_FxManager);
   ASSERT_NE(m_Manager, nullptr) << "the GL renderer made no CFxManagerOGL";
   // The quad must reach every pixel whatever the renderer's start state.
-  glDisable(GL_CULL_FACE);
-  glDisable(GL_DEPTH_TEST);
-  glDisable(GL_BLEND);
-  glDisable(GL_ALPHA_TEST);
+  for (GLenum cap : {GL_CULL_FACE, GL_DEPTH_TEST, GL_BLEND, GL_ALPHA_TEST}) glDisable(cap);
   glGenTextures(1, &m_Color);
   glBindTexture(GL_TEXTURE_2D, m_Color);
   glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA32F_ARB, kSize, kSize, 0, GL_RGBA, GL_FLOAT, nullptr);
@@ -81,11 +76,9 @@ void FxGLTest::DrawQuad() {
   glBindBuffer(GL_ARRAY_BUFFER, 0);
   glVertexAttribPointer(0, 4, GL_FLOAT, GL_FALSE, 0, kPositions);
   glVertexAttribPointer(8, 2, GL_FLOAT, GL_FALSE, 0, kUv);
-  glEnableVertexAttribArray(0);
-  glEnableVertexAttribArray(8);
+  for (GLuint a : {0u, 8u}) glEnableVertexAttribArray(a);
   glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
-  glDisableVertexAttribArray(0);
-  glDisableVertexAttribArray(8);
+  for (GLuint a : {0u, 8u}) glDisableVertexAttribArray(a);
 }
 
 void FxGLTest::ClearTarget(const Float4 &color) {

@@ -1,7 +1,6 @@
 #pragma once
-// GL effect tests: a real window for the context (its renderer made the
-// CFxManagerOGL), a small RGBA32F target, and a full-target quad drawn
-// through an effect with position on attribute 0 and uv on attribute 8.
+// GL effect tests: a real window's CFxManagerOGL, a small RGBA32F target and
+// a full-target quad (position on attribute 0, uv on attribute 8).
 
 #include "renderogl/GLTestSupport.h"
 #include "renderogl/FxManagerOGL.h"
@@ -17,8 +16,7 @@
 
 using Float4 = std::array<float, 4>;
 
-// The vertex stage most test effects use: the quad's position as it is,
-// uv to TEXCOORD0.
+// The quad's position as it is, uv to TEXCOORD0.
 extern const char *const kQuadVS;
 // `kQuadVS` and a one-pass technique around the fragment entry `PS`.
 std::string QuadEffect(const std::string &declarationsAndPS);
@@ -27,7 +25,6 @@ class FxGLTest : public ::testing::Test {
  protected:
   void SetUp() override;
   void TearDown() override;
-
   // A new effect from the text, with its best technique (both checked).
   CFx *Parse(const std::string &text);
   FxTechniqueRecord *Technique(CFx *fx);
@@ -51,8 +48,7 @@ class FxGLTest : public ::testing::Test {
   void ClearTarget(const Float4 &color = {0, 0, 0, 0});
   // Pixel (x, y) of the target, rows from the bottom.
   Float4 Read(int x = 0, int y = 0);
-  // Parses the effect, draws it once and reads pixel (0, 0); `set` gets the
-  // effect before the draw to set values.
+  // Draws the effect once and reads pixel (0, 0); `set` sets values first.
   template <class F>
   Float4 Run(const std::string &text, F set) {
     CFx *fx = Parse(text);

@@ -60,7 +60,6 @@ bool ExpectInvalid(const CFxTechnique &t) {
 }
 
 FxLogCapture::FxLogCapture() { ResetFxErrorHandler(); }
-
 FxLogCapture::~FxLogCapture() { ResetFxErrorHandler(); }
 
 bool FxLogCapture::HasError(const std::string &text) const {

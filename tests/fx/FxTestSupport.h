@@ -11,8 +11,7 @@ struct CFxTechnique;
 std::string FxEffectsDir();
 std::vector<std::string> FxCorpusFiles();  // sorted .cgfx paths
 std::string ReadText(const std::string &path);
-// Runs glslangValidator on one stage; empty when it accepts the text,
-// otherwise its report (or why it could not run).
+// glslangValidator's report on one stage; empty when it accepts it.
 std::string GlslangErrors(const std::string &glsl, bool fragment);
 
 // A corpus technique annotated `bool ExpectInvalid = true`.
@@ -24,6 +23,5 @@ class FxLogCapture : public LogCapture {
  public:
   FxLogCapture();
   ~FxLogCapture();
-  // Whether some error line contains `text`.
   bool HasError(const std::string &text) const;
 };

@@ -1,12 +1,13 @@
 #pragma once
-// A small real GL window for backend tests: a framed parent window and the
-// renderer's preview child inside it, on the X display of the test run.
+// A small real GL window for backend tests: the renderer's preview child
+// inside a framed parent window.
 
 #include <GL/glew.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -24,9 +25,15 @@ void PinGLDriver();
 
 constexpr int kPreviewMode = MODE_Preview, kFullScreenMode = MODE_FullScreen, kTestMode = MODE_Test;
 
+// Red, green, blue of pixel (x, y), y from the top, in a w x h picture as
+// ReadPixels gives it.
+inline std::array<int, 3> PixelOf(const std::vector<uint8_t> &bytes, int w, int h, int x, int y) {
+  size_t at = static_cast<size_t>(((w * 3 + 3) & ~3) * (h - 1 - y) + x * 3);
+  return {bytes[at + 2], bytes[at + 1], bytes[at]};
+}
+
 class GLWindow {
  public:
-  // Starts a renderer drawing into a width x height window; check Ok().
   GLWindow(int width, int height) {
     render.Init();
     if (IWindowSystem *ws = render.GetWindowSystem()) {
@@ -46,7 +53,6 @@ class GLWindow {
     if (m_Parent) render.GetWindowSystem()->DestroyWindow(m_Parent);
   }
   bool Ok() const { return m_Ok; }
-
   // The current unit's pixels as ReadPixels gives them.
   std::vector<uint8_t> Pixels() {
     int w = render.m_UnitRect.Width(), h = render.m_UnitRect.Height();
@@ -54,11 +60,8 @@ class GLWindow {
     render.ReadPixels(bytes.data());
     return bytes;
   }
-  // Red, green, blue of pixel (x, y), y from the top.
   std::array<int, 3> Pixel(const std::vector<uint8_t> &bytes, int x, int y) const {
-    int w = render.m_UnitRect.Width(), h = render.m_UnitRect.Height();
-    size_t at = static_cast<size_t>(((w * 3 + 3) & ~3) * (h - 1 - y) + x * 3);
-    return {bytes[at + 2], bytes[at + 1], bytes[at]};
+    return PixelOf(bytes, render.m_UnitRect.Width(), render.m_UnitRect.Height(), x, y);
   }
 
   CRenderOGL render;
@@ -68,6 +71,26 @@ class GLWindow {
   WindowHandle m_Parent = 0;
   bool m_Ok = false;
 };
+
+// Runs in `dir` while it lives: data files are found relative to it, as the
+// program finds them.
+struct ScopedCwd {
+  explicit ScopedCwd(const std::filesystem::path &dir) { std::filesystem::current_path(dir); }
+  ~ScopedCwd() { std::filesystem::current_path(old); }
+  std::filesystem::path old = std::filesystem::current_path();
+};
+
+// One value of GL state, as glGetIntegerv / glGetFloatv give it.
+inline GLint GLInteger(GLenum name) {
+  GLint v = 0;
+  glGetIntegerv(name, &v);
+  return v;
+}
+inline float GLFloat(GLenum name) {
+  GLfloat v = 0;
+  glGetFloatv(name, &v);
+  return v;
+}
 
 // A program that reads the position from attribute 0 and the color from
 // attribute 3, transformed by GL's matrix state.

@@ -1,7 +1,4 @@
-// Scenes drawn through the GL backend, checked by their pixels: what each
-// render flow node, the Shader node and effect files put on the screen, and
-// what a scene author sees when textures flow through RenderToTexture, and a
-// layered entry whose postprocessing draws the layers below.
+// Scenes drawn through the GL backend, checked by their pixels.
 #include <GL/glew.h>
 #include <gtest/gtest.h>
 
@@ -9,12 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
-#include <unistd.h>
+#include <optional>
 
 #include "core/Paths.h"
 #include "engine/SceneLayered.h"
@@ -31,9 +23,6 @@ constexpr int kWidth = 128, kHeight = 96;
 
 using Rgb = std::array<int, 3>;
 
-std::string ShippedEffects() { return std::string(VELMOR_SOURCE_ROOT) + "/assets/nodes/effect"; }
-
-// A vertex program handing the texture coordinates on, for the effects below.
 const char kPassUv[] = R"(
 float4x4 gWVP : WORLDVIEWPROJECTION;
 struct UvOut { float4 hpos : POSITION; float2 uv : TEXCOORD0; };
@@ -69,7 +58,6 @@ std::string SceneFile(const std::string &nodes, const std::string &connections, 
          connections + "</Connections></Scene></Scenes></Velmor>";
 }
 
-// A channel value of 0..1 as the 8-bit framebuffer holds it.
 int Byte(double v) { return static_cast<int>(std::lround(std::clamp(v, 0.0, 1.0) * 255.0)); }
 
 bool Near(const Rgb &pixel, const Rgb &expected, int tolerance = 4) {
@@ -91,7 +79,7 @@ class Pictures : public testing::Test {
     m_Window = std::make_unique<GLWindow>(kWidth, kHeight);
     ASSERT_TRUE(m_Window->Ok());
     m_Engine = std::make_unique<CVelmor>();
-    const std::string shipped = ShippedEffects(), own = m_Dir / "effects";
+    const std::string shipped = std::string(VELMOR_SOURCE_ROOT) + "/assets/nodes/effect", own = m_Dir / "effects";
     m_Engine->m_RegisterEffectNodes = [shipped, own](CNodeFactory &factory) {
       CNEFx::AddNodesToFactory(factory, shipped.c_str());
       CNEFx::AddNodesToFactory(factory, own.c_str());
@@ -108,20 +96,15 @@ class Pictures : public testing::Test {
     SetAppPaths(".", ".");
   }
 
-  // Loads the scene and plays it (see Frames).
-  std::vector<std::vector<uint8_t>> Play(const std::string &nodes, const std::string &links, int frames,
-                                         float dt = 1.0f / 30) {
+  std::vector<std::vector<uint8_t>> Play(const std::string &nodes, const std::string &links, int frames) {
     if (m_Scene) m_Scene->InvalidateDevice(&m_Window->render);
     m_Scene.reset(m_Engine->LoadScene(m_Dir.Write("app/scenes/picture.vms", SceneFile(nodes, links))));
-    if (!m_Scene) {
-      ADD_FAILURE() << "scene did not load";
-      return Blank(frames);
-    }
-    return Frames(*m_Scene, frames, dt);
+    EXPECT_TRUE(m_Scene) << "scene did not load";
+    return m_Scene ? Frames(*m_Scene, frames) : Frames(frames);
   }
-
-  // Plays `frames` frames of `dt` seconds; the picture of each frame, read
-  // before the swap leaves the back buffer undefined.
+  // The picture of each frame, read before the swap leaves the back buffer
+  // undefined; black pictures when it failed, so that checks read no further
+  // than the window.
   std::vector<std::vector<uint8_t>> Frames(CSceneBase &scene, int frames, float dt = 1.0f / 30) {
     std::vector<std::vector<uint8_t>> pictures;
     CRender &render = m_Window->render;
@@ -140,17 +123,13 @@ class Pictures : public testing::Test {
     m_Window->client.onRender = nullptr;
     EXPECT_EQ(static_cast<int>(pictures.size()), frames);
     EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
-    return static_cast<int>(pictures.size()) == frames ? pictures : Blank(frames);
+    return static_cast<int>(pictures.size()) == frames ? pictures : Frames(frames);
   }
-
-  // Black pictures, so that a test that has already failed reads no further
-  // than its window.
-  std::vector<std::vector<uint8_t>> Blank(int frames) {
+  std::vector<std::vector<uint8_t>> Frames(int frames) {
     return std::vector<std::vector<uint8_t>>(static_cast<size_t>(frames), std::vector<uint8_t>(m_Window->Pixels().size()));
   }
 
   Rgb At(const std::vector<uint8_t> &picture, int x, int y) const { return m_Window->Pixel(picture, x, y); }
-  // Each point of the picture is within `tolerance` of `expected`.
   void ExpectAt(const std::vector<uint8_t> &picture, Points points, const Rgb &expected, int tolerance = 4) {
     for (auto [x, y] : points)
       EXPECT_TRUE(Near(At(picture, x, y), expected, tolerance))
@@ -235,10 +214,7 @@ TEST_F(Pictures, RenderToTextureKeepsTheTopOnTop) {
   const std::string kRtt = R"(<Node Type="Textured" Name="Fx1" DepthTest="false" DepthWrite="false"/>)";
   const std::string kRttLinks = std::string(kRectLinks) + R"(<Connection Out="Object1.Render" In="Rtt1.Render"/>
       <Connection Out="Rtt1.Color" In="Fx1.Texture"/>)";
-  const struct {
-    const char *how;
-    std::string nodes, links;
-  } ways[] = {
+  const struct { const char *how; std::string nodes, links; } ways[] = {
       {"on the screen", R"(<Node Type="Screen" Name="Screen1"/>)",
        R"(<Connection Out="Object1.Render" In="Screen1.Render"/>)"},
       {"through RenderToTexture", RectNodes(kRtt + R"(<Node Type="RenderToTexture" Name="Rtt1"/>)"), kRttLinks},
@@ -291,10 +267,7 @@ TEST_F(Pictures, OpenTexturePortsSampleWhite) {
 // postprocessing scene that draws the layers below through the Textured
 // effect with a tint. The picture must show both layers, tinted, upright.
 TEST_F(Pictures, LayeredPostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
-  const struct {
-    std::list<std::unique_ptr<CScene>> *pool;
-    const char *name, *nodes, *links;
-  } layers[] = {
+  const struct { std::list<std::unique_ptr<CScene>> *pool; const char *name, *nodes, *links; } layers[] = {
       {&m_Engine->m_BackgroundScenes, "bg", R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="1 0 0 1"/>)",
        R"(<Connection Out="Clear1.Render" In="Screen1.Render"/>)"},
       {&m_Engine->m_ForegroundScenes, "fg", R"(<Node Type="Screen" Name="Screen1"/><Node Type="Clear" Name="Clear1" Color="0 0 1 1"/>
@@ -310,9 +283,8 @@ TEST_F(Pictures, LayeredPostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
   <Connection Out="Textured1.Effect" In="Rect1.Effect"/><Connection Out="Layer1.Color" In="Textured1.Texture"/>)"},
   };
   for (const auto &layer : layers) {
-    const std::string file = m_Dir.Write(std::string("app/scenes/") + layer.name + ".vms",
-                                         SceneFile(layer.nodes, layer.links, layer.name));
-    layer.pool->emplace_back(m_Engine->LoadScene(file));
+    layer.pool->emplace_back(m_Engine->LoadScene(
+        m_Dir.Write(std::string("app/scenes/") + layer.name + ".vms", SceneFile(layer.nodes, layer.links, layer.name))));
     ASSERT_NE(layer.pool->back(), nullptr) << layer.name;
   }
   m_Engine->PrepareLayeredScenes();
@@ -330,9 +302,7 @@ TEST_F(Pictures, LayeredPostprocessingDrawsTheLayersBelowThroughPreviousLayer) {
 // A word written by TextWriter, placed straight in clip space by its shader,
 // lights pixels only inside the box that the font lays it out in.
 TEST_F(Pictures, TextWriterWordLightsOnlyItsLaidOutBox) {
-  char cwd[4096];
-  ASSERT_NE(getcwd(cwd, sizeof(cwd)), nullptr);
-  ASSERT_EQ(chdir(VELMOR_SOURCE_ROOT "/assets"), 0);  // where the fonts are
+  std::optional<ScopedCwd> cwd(VELMOR_SOURCE_ROOT "/assets");  // where the fonts are
   const char kClipShader[] =
       "struct PSInput{float4 hpos:POSITION;float4 diffuse:COLOR0;float2 tex:TEXCOORD0;};"
       "PSInput VS_Program(VSInput vi){PSInput pi;pi.hpos=float4(vi.pos.xy,0.0,1.0);pi.tex=vi.tex;"
@@ -349,7 +319,7 @@ TEST_F(Pictures, TextWriterWordLightsOnlyItsLaidOutBox) {
   CFont font;
   font.SetFont("nodedata/fonts/font1.fnt", 8);
   font.WriteLines(-0.7f, -0.3f, 0, "Hi!", 3, 0);
-  EXPECT_EQ(chdir(cwd), 0);
+  cwd.reset();
   ASSERT_EQ(font.Batch().Count(), 3);
   float x0 = 1, x1 = -1, y0 = 1, y1 = -1;
   for (int q = 0; q < 3; ++q)

@@ -1,6 +1,4 @@
-// Render targets from the pool: reuse without new GL objects, nesting, and
-// giving textures back.
-
+// Render targets from the pool: reuse, nesting, giving textures back.
 #include <set>
 
 #include "GLTestSupport.h"
@@ -9,11 +7,6 @@
 
 namespace {
 GLuint Name(CTexture *t) { return dynamic_cast<CTextureOGL *>(t)->m_Name; }
-GLint Integer(GLenum name) {
-  GLint v = 0;
-  glGetIntegerv(name, &v);
-  return v;
-}
 std::pair<int, int> ViewportSize() {
   GLint v[4];
   glGetIntegerv(GL_VIEWPORT, v);
@@ -39,8 +32,7 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   std::set<GLuint> framebuffers{a->m_Framebuffer, b->m_Framebuffer};
   std::set<GLuint> textures{Name(a->m_Color), Name(b->m_Color)};
   std::set<GLuint> buffers{a->m_Depth->m_Name, b->m_Depth->m_Name};
-  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), 0) << "creation leaves the window bound";
-
+  EXPECT_EQ(GLInteger(GL_FRAMEBUFFER_BINDING_EXT), 0) << "creation leaves the window bound";
   // Someone changed the filter while the texture was out.
   glBindTexture(GL_TEXTURE_2D, Name(a->m_Color));
   glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
@@ -68,7 +60,6 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
     EXPECT_EQ(minFilter, GL_LINEAR);
   }
   glBindTexture(GL_TEXTURE_2D, 0);
-
   // A kept texture (flag cleared) stays attached through a release.
   c->m_Color->m_Flags &= ~TEXF_Pooled;
   CTexture *kept = c->m_Color;
@@ -78,7 +69,6 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   kept->m_Flags |= TEXF_Pooled;
   CTextureManager::ReleaseTexture(pool, r, kept);
   CTextureManager::ReleaseTexture(pool, r, d->m_Color);
-
   // A texture made outside the pool is not the pool's to take.
   CTexture *file = r.CreateTexture(4, 4, 0, TF_A8R8G8B8, TT_Normal);
   CTextureManager::ReleaseTexture(pool, r, file);
@@ -102,22 +92,21 @@ TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
   outer->Begin(r);
   EXPECT_TRUE(r.m_Flipped);
   EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 16, 16}));
-  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
+  EXPECT_EQ(GLInteger(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
   r.Clear(red, 1.0f, CLEAR_Color | CLEAR_Depth);
   inner->Begin(r);
   EXPECT_EQ(r.m_VirtualRect, (CRect{0, 0, 8, 4}));
   EXPECT_EQ(ViewportSize(), (std::pair{8, 4}));
   r.Clear(blue, 1.0f, CLEAR_Color);
   inner->End(r);
-  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
+  EXPECT_EQ(GLInteger(GL_FRAMEBUFFER_BINDING_EXT), static_cast<GLint>(outer->m_Framebuffer));
   EXPECT_EQ(ViewportSize(), (std::pair{16, 16}));
   EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 16, 16}));
   outer->End(r);
   EXPECT_FALSE(r.m_Flipped);
   EXPECT_EQ(r.m_UnitRect, (CRect{0, 0, 20, 10}));
-  EXPECT_EQ(Integer(GL_FRAMEBUFFER_BINDING_EXT), 0);
+  EXPECT_EQ(GLInteger(GL_FRAMEBUFFER_BINDING_EXT), 0);
   EXPECT_EQ(ViewportSize(), (std::pair{20, 10}));
-
   // What was drawn is in the color textures.
   for (auto [target, rgb] : {std::pair{outer, 0x0000FFu}, std::pair{inner, 0xFF0000u}}) {
     std::vector<uint32_t> texels(static_cast<size_t>(target->m_Width * target->m_Height));

@@ -1,11 +1,5 @@
-// Blur and CopyTexture on the GL: what they draw into their targets, read
-// back from the device.
-#include <unistd.h>
-
-#include <numeric>
-
+// Blur and CopyTexture on the GL, read back from their targets.
 #include "GLTestSupport.h"
-#include "core/Paths.h"
 #include "nodes/BuiltinNodes.h"
 #include "nodes/texture/CopyTextureNode.h"
 #include "portdata/PDTexture.h"
@@ -40,8 +34,6 @@ std::vector<uint8_t> ReadBack(CTexture *t) {
 struct TextureFilter : testing::Test {
   void SetUp() override {
     VELMOR_REQUIRE_DISPLAY();
-    ASSERT_NE(getcwd(cwd, sizeof(cwd)), nullptr);
-    ASSERT_EQ(chdir(VELMOR_SOURCE_ROOT "/assets"), 0);  // where nodedata/blur.cgfx is found
     InstallBuiltinNodes();
     factory->Init();
     gl = std::make_unique<GLWindow>(64, 64);
@@ -54,7 +46,6 @@ struct TextureFilter : testing::Test {
       delete source->m_Textures[0];
     }
     gl.reset();
-    if (cwd[0]) EXPECT_EQ(chdir(cwd), 0);
   }
   // A source of `width` x `height` texels of color(x, y), and the filter on it.
   template <typename Color>
@@ -80,7 +71,7 @@ struct TextureFilter : testing::Test {
     return out ? out->GetTexture(&gl->render) : nullptr;
   }
 
-  char cwd[4096] = {};
+  ScopedCwd cwd{VELMOR_SOURCE_ROOT "/assets"};  // where nodedata/blur.cgfx is found
   CNodeFactoryRef factory;
   std::unique_ptr<GLWindow> gl;
   std::unique_ptr<CNodeInfo> sourceInfo{CSourceTexture::CreateInfo()};

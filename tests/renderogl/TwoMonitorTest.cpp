@@ -1,6 +1,4 @@
-// Two monitors for real: RandR virtual monitors on the test's X server, one
-// full-screen window and render unit each, one wide picture across both.
-
+// Two RandR virtual monitors: a window and render unit each, one wide picture.
 #include "GLTestSupport.h"
 #include "support/LogCapture.h"
 // After GoogleTest: Xlib defines None and Bool as macros.
@@ -14,21 +12,12 @@ namespace {
 constexpr int kW = 64, kH = 48;
 
 // Two side-by-side monitors that exist while this object lives.
-class VirtualMonitors {
- public:
-  VirtualMonitors() : m_Display(XOpenDisplay(nullptr)) {
-    m_Ok = m_Display && AddVirtualMonitors(m_Display, "VELMOR-", {{0, 0, kW, kH}, {kW, 0, kW, kH}});
-  }
+struct VirtualMonitors {
+  Display *display = XOpenDisplay(nullptr);
+  bool ok = display && AddVirtualMonitors(display, "VELMOR-", {{0, 0, kW, kH}, {kW, 0, kW, kH}});
   ~VirtualMonitors() {
-    if (!m_Display) return;
-    DeleteVirtualMonitors(m_Display, "VELMOR-", 2);
-    XCloseDisplay(m_Display);
+    if (display) DeleteVirtualMonitors(display, "VELMOR-", 2), XCloseDisplay(display);
   }
-  bool Ok() const { return m_Ok; }
-
- private:
-  Display *m_Display;
-  bool m_Ok = false;
 };
 
 // Red left of x = 0 and green right of it, far in front of the camera.
@@ -55,20 +44,24 @@ void DrawHalves(CRender &r, GLuint program) {
   vb->Release();
 }
 
-bool IsRed(const std::array<int, 3> &p) { return p[0] == 255 && p[1] == 0 && p[2] == 0; }
-bool IsGreen(const std::array<int, 3> &p) { return p[0] == 0 && p[1] == 255 && p[2] == 0; }
+const std::array<int, 3> kRed{255, 0, 0}, kGreen{0, 255, 0};
 }  // namespace
 
 class TwoMonitors : public testing::Test {
  protected:
   void SetUp() override {
     VELMOR_REQUIRE_DISPLAY();
-    ASSERT_TRUE(monitors.Ok());
+    ASSERT_TRUE(monitors.ok);
     ASSERT_TRUE(render.Init());
     ASSERT_EQ(render.m_MonitorCount, 2);
   }
+  void TearDown() override {
+    render.Cleanup3DEnvironment();
+    render.DestroyScreen();
+  }
   VirtualMonitors monitors;  // before the renderer: it must see them
   CRenderOGL render;
+  CRenderClientFunctions client;  // outlives the renderer's cleanup in TearDown
 };
 
 TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
@@ -77,13 +70,11 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
   ASSERT_TRUE(render.CreateScreen(kFullScreenMode, 0, true));
   ASSERT_EQ(render.m_Windows.size(), 2u);
   EXPECT_EQ(render.m_Windows[1].monitor, &render.m_Monitors[1]);
-  CRenderClientFunctions client;
   render.SetClient(&client);
   ASSERT_TRUE(render.Initialize3DEnvironment(kFullScreenMode)) << GetFirstError();
   PinGLDriver();
   ASSERT_EQ(render.UnitCount(), 2);
   EXPECT_EQ(render.m_VirtualRect, (CRect{0, 0, 2 * kW, kH}));
-
   GLuint program = ColorProgram();
   std::vector<std::vector<uint8_t>> seen;
   client.onRender = [&] {
@@ -92,17 +83,14 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
     render.ReadPixels(bytes.data());
     seen.push_back(bytes);
   };
-  auto pixel = [&](int unit, int x) {
-    size_t at = static_cast<size_t>(((kW * 3 + 3) & ~3) * (kH / 2) + x * 3);
-    const auto &b = seen[static_cast<size_t>(unit)];
-    return std::array<int, 3>{b[at + 2], b[at + 1], b[at]};
-  };
+  auto pixel = [&](int unit, int x) { return PixelOf(seen[static_cast<size_t>(unit)], kW, kH, x, kH / 2); };
 
   render.Render3DEnvironment(false);
   ASSERT_EQ(seen.size(), 2u);
-  EXPECT_TRUE(IsRed(pixel(0, 8)) && IsRed(pixel(0, kW - 8))) << "the left monitor shows the left half";
-  EXPECT_TRUE(IsGreen(pixel(1, 8)) && IsGreen(pixel(1, kW - 8))) << "the right monitor shows the right half";
-
+  EXPECT_EQ(pixel(0, 8), kRed) << "the left monitor shows the left half";
+  EXPECT_EQ(pixel(0, kW - 8), kRed);
+  EXPECT_EQ(pixel(1, 8), kGreen) << "the right monitor shows the right half";
+  EXPECT_EQ(pixel(1, kW - 8), kGreen);
   // The picture of the last frame puts each unit at its monitor's place.
   std::filesystem::path folder = std::filesystem::temp_directory_path() / "velmor-two-monitors";
   std::filesystem::remove_all(folder);
@@ -123,19 +111,13 @@ TEST_F(TwoMonitors, EachMonitorGetsAWindowAndItsShareOfTheView) {
   EXPECT_EQ(right.rgbRed, 0) << "the left unit's picture stays in its half";
   FreeImage_Unload(image);
   std::filesystem::remove_all(folder);
-
   // With AllScreensSame each monitor shows the whole view.
   render.m_AllScreensSame = true;
   seen.clear();
   render.Render3DEnvironment(false);
   ASSERT_EQ(seen.size(), 2u);
-  for (int unit = 0; unit < 2; ++unit) {
-    EXPECT_TRUE(IsRed(pixel(unit, 8))) << unit;
-    EXPECT_TRUE(IsGreen(pixel(unit, kW - 8))) << unit;
-  }
+  for (int unit = 0; unit < 2; ++unit) EXPECT_TRUE(pixel(unit, 8) == kRed && pixel(unit, kW - 8) == kGreen) << unit;
   glDeleteProgram(program);
-  render.Cleanup3DEnvironment();
-  render.DestroyScreen();
 }
 
 TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
@@ -152,6 +134,4 @@ TEST_F(TwoMonitors, LeaveBlackMonitorHasAWindowButNoUnit) {
   EXPECT_TRUE(render.IsRenderWindow(render.GetWindowHandle(0)));
   EXPECT_FALSE(render.IsRenderWindow(render.GetWindowHandle(1)));
   for (const std::string &line : log.lines) EXPECT_EQ(line.find("Changing display mode"), std::string::npos);
-  render.Cleanup3DEnvironment();
-  render.DestroyScreen();
 }
