@@ -6,12 +6,12 @@
 
 #include "core/Log.h"
 #include "core/Random.h"
-#include "platform/X11WindowSystem.h"
 #include "renderogl/RenderOGL.h"
 #include "scene/Scene.h"
 #include "tool/ToolCommand.h"
 #include "tool/ToolScene.h"
 #include "tool/ToolSound.h"
+#include "tool/ToolWindow.h"
 
 namespace {
 int Usage() {
@@ -20,21 +20,6 @@ int Usage() {
           "       velmor-tool render FILE --time T --frames N --fps F [--size WxH] [--seed N] [--audio FILE.wav] -o NAME_%%04d.png\n");
   return 2;
 }
-
-class CEngineClient : public CRenderClient {
- public:
-  CEngineClient(CVelmor &engine, CRender &render) : m_Engine(engine), m_Render(render) {}
-  bool Render() override { return m_Engine.Draw(&m_Render); }
-  bool FrameFinished() override { return m_Engine.FrameFinished(); }
-  bool InvalidateDeviceObjects() override {
-    m_Engine.InvalidateDevice(&m_Render);
-    return true;
-  }
-
- private:
-  CVelmor &m_Engine;
-  CRender &m_Render;
-};
 
 // Advances the engine to `until` in the engine's steps, drawing each step so
 // that feedback through render targets evolves as it does on screen.
@@ -72,24 +57,9 @@ int RunRender(int argc, char **argv) {
   // Before each step the sound catches up with the scene's clock.
   tool.engine.m_UpdateSound = [&] { sound.AdvanceTo(tool.ActiveTime()); };
 
-  // A window of the asked size on the current display, the renderer drawing
-  // into it as into a preview.
-  CRenderOGL render;
-  WindowHandle parent = 0;
-  if (render.Init() && render.GetWindowSystem()) {
-    WindowSpec windowSpec;
-    windowSpec.rect = {0, 0, width, height};
-    windowSpec.title = "velmor-tool render";
-    parent = render.GetWindowSystem()->CreateWindow(windowSpec);
-  }
-  CEngineClient client(tool.engine, render);
-  render.SetClient(&client);
-  if (!parent || !render.CreateScreen(MODE_Preview, parent, true) || !render.Initialize3DEnvironment(MODE_Preview) || render.m_Failed) {
-    fprintf(stderr, "velmor-tool: no OpenGL window to render into: %s\n", GetFirstError());
-    return 1;
-  }
-  tool.engine.SetRender(&render);
-  tool.engine.SetActiveScene(tool.engine.m_ActiveScene);
+  CToolWindow window(tool.engine);
+  if (!window.Open(width, height, "velmor-tool render")) return 1;
+  CRenderOGL &render = window.render;
 
   const float start = static_cast<float>(atof(time.c_str()));
   const int count = sequence ? atoi(frames.c_str()) : 1;
@@ -108,10 +78,6 @@ int RunRender(int argc, char **argv) {
       status = 1;
     }
   }
-  tool.engine.SetActiveScene(nullptr);
-  render.Cleanup3DEnvironment();
-  render.DestroyScreen();
-  render.GetWindowSystem()->DestroyWindow(parent);
   for (const std::string &e : log.errors) fprintf(stderr, "%s: %s\n", args[0].c_str(), e.c_str());
   return log.errors.empty() ? status : 1;
 }

@@ -13,7 +13,7 @@ bool CToolWindow::Open(int width, int height, const std::string &title) {
     m_Parent = render.GetWindowSystem()->CreateWindow(windowSpec);
   }
   render.SetClient(this);
-  if (!m_Parent || !render.CreateScreen(1, m_Parent, true) || !render.Initialize3DEnvironment(1) || render.m_Failed) {
+  if (!m_Parent || !render.CreateScreen(MODE_Preview, m_Parent, true) || !render.Initialize3DEnvironment(MODE_Preview) || render.m_Failed) {
     fprintf(stderr, "velmor-tool: no OpenGL window to render into: %s\n", GetFirstError());
     return false;
   }
