@@ -21,13 +21,13 @@ fi
 
 # Seeds are gathered afresh: the shipped files and the tests' files, and the
 # values of an attribute (expressions, shader texts) in scene files.
-collect() {  # <seed folder> <spec>...
-  local out=$1 spec file attr glob n=0
+collect() {  # <seed folder> <pattern>...
+  local out=$1 pattern file attr glob n=0
   shift
   rm -rf "$out" && mkdir -p "$out"
-  for spec in "$@"; do
-    if [[ $spec == attr:* ]]; then
-      IFS=: read -r _ attr glob <<<"$spec"
+  for pattern in "$@"; do
+    if [[ $pattern == attr:* ]]; then
+      IFS=: read -r _ attr glob <<<"$pattern"
       for file in $root/$glob; do
         [ -f "$file" ] && python3 - "$file" "$attr" "$out/$(basename "$file")" <<'PY'
 import sys, xml.etree.ElementTree as et
@@ -36,14 +36,14 @@ for i, e in enumerate(x for x in et.parse(sys.argv[1]).iter() if sys.argv[2] in 
 PY
       done
     else
-      for file in $root/$spec; do
+      for file in $root/$pattern; do
         [ -f "$file" ] && cp "$file" "$out/$((n++))-$(basename "$file")"
       done
     fi
   done
 }
 
-run() {  # <name> <dict> <spec>...
+run() {  # <name> <dict> <pattern>...
   local name=$1 dict=$2 log="$dir/logs/$1.log"
   shift 2
   collect "$dir/seeds/$name" "$@"
