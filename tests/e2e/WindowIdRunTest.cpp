@@ -64,10 +64,12 @@ TEST_P(WindowIdRun, DrawsIntoTheGivenWindowAndEndsOnSigterm) {
   EXPECT_EQ(child.height, 150);
 
   // Reading our window reads what the program drew into it. Preview waits
-  // half a second before the first frame, and a scene may fade in.
+  // half a second before the first frame, and a scene may fade in. The
+  // scene is chosen at random and some are mostly night (star fields,
+  // falling trails): one lit pixel in a hundred is a picture.
   double lit = 0.0;
-  velmor.PollWhileRunning(10s, 100ms, [&] { return (lit = x.LitShare(host)) >= 0.05; });
-  EXPECT_GE(lit, 0.05) << "the window stays black\n" << Joined(velmor.LogLines());
+  velmor.PollWhileRunning(10s, 100ms, [&] { return (lit = x.LitShare(host)) >= 0.01; });
+  EXPECT_GE(lit, 0.01) << "the window stays black\n" << Joined(velmor.LogLines());
 
   // The pointer crossing a preview never ends it.
   x.SweepPointer(60);
