@@ -2,6 +2,7 @@
 #include "FxGLSupport.h"
 #include "fx/FxNoiseTextures.h"
 #include "render/Color.h"
+#include "renderogl/TextureOGL.h"
 
 #include <set>
 
@@ -28,7 +29,7 @@ class FxGLSamplerTest : public FxGLTest {
     return t;
   }
   void TearDown() override {
-    for (auto &t : m_Textures) t->Release();
+    for (auto &t : m_Textures) t->Release(), t->Release();  // a second release finds nothing to free
     m_Textures.clear();
     if (m_Cube) glDeleteTextures(1, &m_Cube);
     FxGLTest::TearDown();
@@ -40,6 +41,16 @@ class FxGLSamplerTest : public FxGLTest {
 TEST_F(FxGLSamplerTest, EachSamplerKindReadsItsTexels) {
   CTexture *line = Make(4, 0, 0), *square = Make(2, 2, 0), *volume = Make(2, 2, 2);
   ASSERT_TRUE(line && square && volume);
+  // Lines and pictures filter through their mip maps unless told otherwise; volumes have none.
+  for (auto [t, filter] :
+       {std::pair{line, GL_LINEAR_MIPMAP_LINEAR}, {square, GL_LINEAR_MIPMAP_LINEAR}, {volume, GL_LINEAR}}) {
+    auto *ogl = dynamic_cast<CTextureOGL *>(t);
+    GLint minFilter = 0;
+    glBindTexture(ogl->Target(), ogl->m_Name);
+    glGetTexParameteriv(ogl->Target(), GL_TEXTURE_MIN_FILTER, &minFilter);
+    glBindTexture(ogl->Target(), 0);
+    EXPECT_EQ(minFilter, filter) << t->Dimension() << "D";
+  }
   glGenTextures(1, &m_Cube);
   glBindTexture(GL_TEXTURE_CUBE_MAP, m_Cube);
   for (int f = 0; f < 6; ++f)
