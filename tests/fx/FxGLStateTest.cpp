@@ -84,7 +84,7 @@ TEST_F(FxGLTest, PassStatesOfBothDialectsApplyAndResetToGLDefaults) {
     Set(*fx, "gSize", {5});  // a computed state follows its parameter
     p = fx->Begin(t);
     ASSERT_TRUE(fx->BeginPass(p));
-    EXPECT_EQ(GLFloat(GL_POINT_SIZE), rows == dxNames ? 10 : 4);
+    EXPECT_EQ(read({"", GL_POINT_SIZE, 0, 0, 0}), rows == dxNames ? 10 : 4);
     fx->EndPass(p);
     fx->End();
   }

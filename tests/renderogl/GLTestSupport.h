@@ -80,15 +80,10 @@ struct ScopedCwd {
   std::filesystem::path old = std::filesystem::current_path();
 };
 
-// One value of GL state, as glGetIntegerv / glGetFloatv give it.
+// One value of GL state, as glGetIntegerv gives it.
 inline GLint GLInteger(GLenum name) {
   GLint v = 0;
   glGetIntegerv(name, &v);
-  return v;
-}
-inline float GLFloat(GLenum name) {
-  GLfloat v = 0;
-  glGetFloatv(name, &v);
   return v;
 }
 
