@@ -1,26 +1,19 @@
 #include "GLTestSupport.h"
 #include "renderogl/GLDriverPin.h"
 
-namespace {
-GLuint Compile(GLenum type, const char *text) {
-  GLuint shader = glCreateShader(type);
-  glShaderSource(shader, 1, &text, nullptr);
-  glCompileShader(shader);
-  GLint ok = 0;
-  glGetShaderiv(shader, GL_COMPILE_STATUS, &ok);
-  EXPECT_TRUE(ok) << "shader did not compile";
-  return shader;
-}
-}  // namespace
-
 GLuint ColorProgram() {
   GLuint program = glCreateProgram();
-  glAttachShader(program, Compile(GL_VERTEX_SHADER,
-                                  "#version 120\n"
-                                  "attribute vec4 position; attribute vec4 color; varying vec4 c;\n"
-                                  "void main() { gl_Position = gl_ModelViewProjectionMatrix * position; c = color; }\n"));
-  glAttachShader(program, Compile(GL_FRAGMENT_SHADER,
-                                  "#version 120\nvarying vec4 c;\nvoid main() { gl_FragColor = c; }\n"));
+  const std::pair<GLenum, const char *> stages[] = {
+      {GL_VERTEX_SHADER,
+       "#version 120\nattribute vec4 position; attribute vec4 color; varying vec4 c;\n"
+       "void main() { gl_Position = gl_ModelViewProjectionMatrix * position; c = color; }\n"},
+      {GL_FRAGMENT_SHADER, "#version 120\nvarying vec4 c;\nvoid main() { gl_FragColor = c; }\n"}};
+  for (auto [type, text] : stages) {
+    GLuint shader = glCreateShader(type);
+    glShaderSource(shader, 1, &text, nullptr);
+    glCompileShader(shader);
+    glAttachShader(program, shader);
+  }
   glBindAttribLocation(program, 0, "position");
   glBindAttribLocation(program, 3, "color");
   glLinkProgram(program);
