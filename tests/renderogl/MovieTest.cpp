@@ -28,11 +28,7 @@ TEST(Movie, FramesReachTheFileUntilAFailureEndsTheMovie) {
   VELMOR_REQUIRE_DISPLAY();
   GLWindow gl(24, 12);
   ASSERT_TRUE(gl.Ok()) << GetFirstError();
-  struct Case {
-    bool createOk;
-    int failFrame, frames;
-    const char *error;
-  } cases[] = {
+  struct Case { bool createOk; int failFrame, frames; const char *error; } cases[] = {
       {true, 0, 4, ""},
       {false, 0, 0, "Failed to create movie file \"m.avi\""},
       {true, 2, 2, "Movie frame failed: fake"},
