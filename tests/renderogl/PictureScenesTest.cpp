@@ -89,7 +89,6 @@ class Pictures : public testing::Test {
 
   void TearDown() override {
     if (m_Scene) m_Scene->InvalidateDevice(&m_Window->render);
-    if (m_Window) m_Window->client.onRender = nullptr;
     m_Scene.reset();
     m_Engine.reset();
     m_Window.reset();
@@ -323,19 +322,16 @@ TEST_F(Pictures, TextWriterWordLightsOnlyItsLaidOutBox) {
   ASSERT_EQ(font.Batch().Count(), 3);
   float x0 = 1, x1 = -1, y0 = 1, y1 = -1;
   for (int q = 0; q < 3; ++q)
-    for (const VertexPCT &v : font.Batch().Quads()[q].v) {
+    for (const VertexPCT &v : font.Batch().Quads()[q].v)
       x0 = std::min(x0, v.x), x1 = std::max(x1, v.x), y0 = std::min(y0, v.y), y1 = std::max(y1, v.y);
-    }
   // Clip space to pixels from the top left, a pixel of slack around the box.
   const int left = static_cast<int>((x0 + 1) / 2 * kWidth) - 1, right = static_cast<int>((x1 + 1) / 2 * kWidth) + 1;
   const int top = static_cast<int>((1 - y1) / 2 * kHeight) - 1, bottom = static_cast<int>((1 - y0) / 2 * kHeight) + 1;
   int inside = 0, outside = 0;
   for (int y = 0; y < kHeight; ++y)
-    for (int x = 0; x < kWidth; ++x) {
-      const Rgb p = At(pictures.back(), x, y);
-      if (p[0] + p[1] + p[2] < 3 * 128) continue;
-      (x >= left && x <= right && y >= top && y <= bottom ? inside : outside)++;
-    }
+    for (int x = 0; x < kWidth; ++x)
+      if (const Rgb p = At(pictures.back(), x, y); p[0] + p[1] + p[2] >= 3 * 128)
+        (x >= left && x <= right && y >= top && y <= bottom ? inside : outside)++;
   EXPECT_GT(inside, 30);
   EXPECT_EQ(outside, 0) << "box " << left << ".." << right << " x " << top << ".." << bottom;
 }
