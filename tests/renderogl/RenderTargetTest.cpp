@@ -24,9 +24,7 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
 
   CRenderTargetOGL *a = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
   CRenderTargetOGL *b = CTextureManager::CreateRenderTarget(pool, r, 32, 16, DEPTH_Stencil);
-  ASSERT_NE(a, b);
-  ASSERT_NE(a->m_Color, nullptr);
-  ASSERT_NE(a->m_Depth, nullptr);
+  ASSERT_TRUE(a != b && a->m_Color && a->m_Depth);
   EXPECT_TRUE(a->m_Color->m_Flags & TEXF_Pooled);
   EXPECT_EQ(a->m_Color->m_RenderTarget, a);
   std::set<GLuint> framebuffers{a->m_Framebuffer, b->m_Framebuffer};
@@ -75,15 +73,13 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   EXPECT_EQ(pool->m_FreeTextures.size(), 2u);
   file->Release();
   delete file;
-  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
 TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
   VELMOR_REQUIRE_DISPLAY();
   GLWindow gl(20, 10);
   ASSERT_TRUE(gl.Ok()) << GetFirstError();
-  // Through the renderer's own interface, as nodes use it.
-  CRender &r = gl.render;
+  CRender &r = gl.render;  // the interface nodes use
   CRenderTarget *outer = r.CreateRenderTarget(16, 16, DEPTH_Stencil);
   CRenderTarget *inner = r.CreateRenderTarget(8, 4, 0);
   ASSERT_TRUE(outer && inner);
