@@ -95,12 +95,8 @@ TEST_F(TextureFilter, BlurSoftensAHardEdgeAndKeepsTheMean) {
   int sum = 0;
   for (int x = 0; x < 32; ++x) sum += red(x, 4);
   EXPECT_NEAR(sum / 32.0, 127.5, 4) << "the mean stays";
-  EXPECT_EQ(red(0, 4), 0);
-  EXPECT_EQ(red(31, 4), 255);
-  for (int x : {13, 14, 15, 16, 17, 18}) {
-    EXPECT_GT(red(x, 4), 10) << x;
-    EXPECT_LT(red(x, 4), 245) << x;
-  }
+  EXPECT_TRUE(red(0, 4) == 0 && red(31, 4) == 255) << "the ends stay as they were";
+  for (int x : {13, 14, 15, 16, 17, 18}) EXPECT_TRUE(red(x, 4) > 10 && red(x, 4) < 245) << x << ": " << red(x, 4);
   EXPECT_LT(red(14, 4), red(17, 4));
   EXPECT_EQ(px[1], 255) << "the top row stays on top";
   EXPECT_EQ(px[(7 * 32 + 1) * 4 + 1], 0);
@@ -112,8 +108,7 @@ TEST_F(TextureFilter, CopyTextureDrawsAtTheChosenFractionTheRightWayUp) {
   Make("CopyTexture", 100, 60, [](int, int y) { return y < 30 ? 0xFF0000FFu : 0xFF00FF00u; });
   CTexture *copy = Read();
   ASSERT_TRUE(copy);
-  EXPECT_EQ(copy->m_Width, 25);
-  EXPECT_EQ(copy->m_Height, 15);
+  EXPECT_EQ(std::pair(copy->m_Width, copy->m_Height), std::pair(25, 15));
   const std::vector<uint8_t> px = ReadBack(copy);
   auto texel = [&](int x, int y) {
     const uint8_t *p = &px[(y * 25 + x) * 4];
