@@ -12,16 +12,7 @@ class FxCgFeatures : public FxGLTest {
     CFxDiagnostics diag;
     auto effect = CFxEffect::Create(text, "t.cgfx", diag);
     if (!effect) return diag.Listing();
-    for (const CFxTechnique &t : effect->Techniques())
-      for (const CFxPass &p : t.passes) {
-        CFxPassProgram program;
-        if (!effect->TranslatePass(p, program, diag)) return diag.Listing();
-        for (bool fragment : {false, true}) {
-          const std::string &glsl = fragment ? program.fragment : program.vertex;
-          std::string strict = glsl.empty() ? "" : GlslangErrors(glsl, fragment);
-          if (!strict.empty()) return strict + glsl;
-        }
-      }
+    if (std::string problems = EffectProblems(*effect); !problems.empty()) return problems;
     std::unique_ptr<CFx> fx(m_Manager->ParseEffect(text.c_str()));
     if (!fx) return "the manager refused the effect";
     for (const CFxTechnique &t : fx->Effect()->Techniques())

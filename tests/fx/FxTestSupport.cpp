@@ -1,5 +1,6 @@
 #include "FxTestSupport.h"
 #include "core/Log.h"
+#include "fx/FxEffect.h"
 #include "fx/FxManager.h"
 
 #include <algorithm>
@@ -51,6 +52,28 @@ std::string GlslangErrors(const std::string &glsl, bool fragment) {
   unlink(path);
   if (status == 0) return "";
   return output.empty() ? "glslangValidator did not run (package glslang-tools)" : output;
+}
+
+std::string EffectProblems(CFxEffect &effect) {
+  std::string problems;
+  if (effect.Techniques().empty()) problems += "no technique\n";
+  for (const CFxTechnique &t : effect.Techniques()) {
+    for (const CFxPass &p : t.passes) {
+      std::string where = "technique " + t.name + " pass " + p.name + ": ";
+      CFxDiagnostics diag;
+      CFxPassProgram program;
+      if (!effect.TranslatePass(p, program, diag)) {
+        problems += where + diag.Listing() + "\n";
+        continue;
+      }
+      for (const std::string *glsl : {&program.vertex, &program.fragment})
+        if (glsl->empty())
+          problems += where + "a stage has no program\n";
+        else if (std::string e = GlslangErrors(*glsl, glsl == &program.fragment); !e.empty())
+          problems += where + e + *glsl;
+    }
+  }
+  return problems;
 }
 
 bool ExpectInvalid(const CFxTechnique &t) {

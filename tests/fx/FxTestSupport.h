@@ -6,6 +6,7 @@
 
 #include "support/LogCapture.h"
 
+class CFxEffect;
 struct CFxTechnique;
 
 std::string FxEffectsDir();
@@ -13,6 +14,10 @@ std::vector<std::string> FxCorpusFiles();  // sorted .cgfx paths
 std::string ReadText(const std::string &path);
 // glslangValidator's report on one stage; empty when it accepts it.
 std::string GlslangErrors(const std::string &glsl, bool fragment);
+
+// Empty when every pass of every technique translates and both its stages
+// pass the strict check; otherwise what failed.
+std::string EffectProblems(CFxEffect &effect);
 
 // A corpus technique annotated `bool ExpectInvalid = true`.
 bool ExpectInvalid(const CFxTechnique &t);

@@ -1,12 +1,9 @@
 #pragma once
-// What the effect node tests share: the installation's data folders and a
-// check that an effect translates, every pass, to GLSL the validator takes.
+// What the effect node tests share: the installation's data folders, and the
+// effect compiler tests' strict check of an effect (EffectProblems).
 
 #include <string>
 
-class CFxEffect;
+#include "fx/FxTestSupport.h"
 
 std::string AssetsDir();  // ends with '/'
-// Empty when every pass of every technique translates and validates;
-// otherwise what failed.
-std::string EffectProblems(CFxEffect &effect);
