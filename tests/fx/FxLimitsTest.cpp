@@ -31,9 +31,7 @@ TEST(FxLimits, HostileEffectsFailWithTheFileAndTheLimit) {
   dir.Write("self.cgfx", Repeat("#include \"self.cgfx\"\n", 3));
   dir.Write("big.cgh", std::string(MaxFxFileBytes + 1, ' '));
   std::filesystem::create_symlink("/dev/zero", dir / "zero.cgh");
-  const struct {
-    std::string file, text, error;
-  } cases[] = {
+  const struct { std::string file, text, error; } cases[] = {
       {"self.cgfx", Repeat("#include \"self.cgfx\"\n", 3), "self.cgfx(1): #include of 'self.cgfx' inside itself"},
       {"doubling.cgfx", Doubling(30), "doubling.cgfx(32): macro expansion larger than 64 MB"},
       {"parens.cgfx", "#if " + Repeat("(", 100000) + "1\n#endif\n", "parens.cgfx(1): #if nested deeper than 256"},
@@ -46,6 +44,7 @@ TEST(FxLimits, HostileEffectsFailWithTheFileAndTheLimit) {
       {"sum.cgfx", Chain(8000, " + v"), "sum.cgfx(2): nested deeper than 500 levels"},
       {"swizzle.cgfx", Chain(8000, ".xyzw"), "swizzle.cgfx(2): nested deeper than 500 levels"},
       {"huge.cgfx", Chain(300000, "+v"), "huge.cgfx(2): nested deeper than 500 levels"},
+      {"deep.cgfx", "float x = " + Repeat("(", 5000) + ";", "deep.cgfx(1): expression nested too deeply"},
   };
   for (const auto &c : cases) {
     SCOPED_TRACE(c.file);
