@@ -85,15 +85,9 @@ TEST_F(FxGLTest, MulFormsAndIntrinsicsKeepCgMeaning) {
   const std::string decl = "float3x3 A; float3x3 B; float3x4 N; float3 u; float4 q; float s;\n"
                            "float4 e; float4 f; float4 t;\n";
   auto feed = [&](CFx &fx) {
-    Set(fx, "A", {1, 2, 3, 4, 5, 6, 7, 8, 10});
-    Set(fx, "B", {0, 1, 0, 2, 0, 1, 1, 1, 3});
-    Set(fx, "N", {1, 0, 2, 1, 0, 3, 1, -1, 2, 2, 0, 4});
-    Set(fx, "u", {1, -2, 0.5f});
-    Set(fx, "q", {2, 1, -1, 0.5f});
-    Set(fx, "s", {-3});
-    Set(fx, "e", {-1.5f, 5.5f, -5.5f, 7});
-    Set(fx, "f", {1, -2, 2, 2.5f});
-    Set(fx, "t", {0, 1, 0.25f, -1});
+    Set(fx, {{"A", {1, 2, 3, 4, 5, 6, 7, 8, 10}}, {"B", {0, 1, 0, 2, 0, 1, 1, 1, 3}},
+             {"N", {1, 0, 2, 1, 0, 3, 1, -1, 2, 2, 0, 4}}, {"u", {1, -2, 0.5f}}, {"q", {2, 1, -1, 0.5f}}, {"s", {-3}},
+             {"e", {-1.5f, 5.5f, -5.5f, 7}}, {"f", {1, -2, 2, 2.5f}}, {"t", {0, 1, 0.25f, -1}}});
   };
   struct Case { const char *body; Float4 expected; } cases[] = {
       {"float4(mul(A, u), 0)", {-1.5f, -3, -4, 0}},
@@ -126,14 +120,10 @@ TEST_F(FxGLTest, ParameterTypesAndDefaultsReachTheShader) {
       "float4 gColor = {0.25, 0.5, 2, -1};\nfloat3x3 gM = {1, 2, 3, 4, 5, 6, 7, 8, 9};\n"
       "float4 PS() : COLOR { return float4(gI + gI2.y, gB ? 1 : -1, gArr[0] + gArr[1] * 10 + gArr[2] * 100,"
       " gV2.x * gV2.y + gH) + gColor + float4(gM[2], 0); }\n");
+  // gUnused: the driver dropped it, and setting it is harmless.
   Float4 got = Run(text, [](CFx &fx) {
-    Set(fx, "gI", {7});
-    Set(fx, "gB", {1});
-    Set(fx, "gArr", {1, 2, 3});
-    Set(fx, "gV2", {1.5f, 4});
-    Set(fx, "gH", {0.25f});
-    Set(fx, "gI2", {0, -3});
-    Set(fx, "gUnused", {1, 2, 3, 4});  // the driver dropped it: setting it is harmless
+    Set(fx, {{"gI", {7}}, {"gB", {1}}, {"gArr", {1, 2, 3}}, {"gV2", {1.5f, 4}}, {"gH", {0.25f}}, {"gI2", {0, -3}},
+             {"gUnused", {1, 2, 3, 4}}});
   });
   EXPECT_THAT(got, Near4((Float4{4 + 7.25f, 1 + 8.5f, 321 + 11, 6.25f - 1}), 1e-4f));
 }

@@ -92,8 +92,8 @@ Float4 FxGLTest::Read(int x, int y) {
   return pixel;
 }
 
-void FxGLTest::Set(CFx &fx, const char *name, std::initializer_list<float> values) {
+void FxGLTest::Set(CFx &fx, const char *name, const std::vector<float> &values) {
   CFxParameter *p = fx.GetNamedParameter(name);
   ASSERT_NE(p, nullptr) << name;
-  p->SetValuefr(values.begin(), values.size());
+  p->SetValuefr(values.data(), values.size());
 }

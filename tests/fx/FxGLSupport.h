@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 using Float4 = std::array<float, 4>;
 
@@ -41,9 +42,7 @@ class FxGLTest : public ::testing::Test {
     }
     fx->End();
   }
-  void Draw(CFx *fx, FxTechniqueRecord *t) {
-    Draw(fx, t, [] {});
-  }
+  void Draw(CFx *fx, FxTechniqueRecord *t) { Draw(fx, t, [] {}); }
   void DrawQuad();
   void ClearTarget(const Float4 &color = {0, 0, 0, 0});
   // Pixel (x, y) of the target, rows from the bottom.
@@ -59,7 +58,11 @@ class FxGLTest : public ::testing::Test {
     Draw(fx, t);
     return Read();
   }
-  static void Set(CFx &fx, const char *name, std::initializer_list<float> values);
+  using Values = std::vector<std::pair<const char *, std::vector<float>>>;
+  static void Set(CFx &fx, const char *name, const std::vector<float> &values);
+  static void Set(CFx &fx, const Values &values) {
+    for (const auto &[name, v] : values) Set(fx, name, v);
+  }
 
   static constexpr int kSize = 4;
   std::unique_ptr<GLWindow> m_Window;
