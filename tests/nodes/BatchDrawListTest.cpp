@@ -60,11 +60,8 @@ TEST(BatchDrawList, OneItemPerParentWithTheParentsMatrixAndColor) {
   ASSERT_EQ(Count(a->children), 1);
   ASSERT_EQ(Count(b->children), 1);
   const CDrawItem *item = a->children.first;
-  EXPECT_EQ(item->matrix, a->matrix);
-  EXPECT_EQ(item->color[0], 0.25f);
-  EXPECT_EQ(item->m_Object, &lines);
-  EXPECT_EQ(item->m_Effect, &effect);
-  EXPECT_EQ(item->m_Camera, &camera);
+  EXPECT_TRUE(item->matrix == a->matrix && item->color[0] == 0.25f) << "the parent's place and colour";
+  EXPECT_TRUE(item->m_Object == &lines && item->m_Effect == &effect && item->m_Camera == &camera);
 
   // The count reaches the next Draw.
   CRecordRender render;
@@ -102,8 +99,7 @@ TEST(BatchDrawList, PointsInstanceTheObjectScaledMovedAndTinted) {
   const CDrawItem &first = probe->m_Parents[0];
   // Scale by the size, then move to the point, then the parent's matrix.
   EXPECT_EQ(TransformPoint({1, 0, 0}, first.matrix), (CVector3{3, 2, 13}));
-  EXPECT_EQ(first.color[0], 0.5f);
-  EXPECT_EQ(first.color[1], 0.0f);
+  EXPECT_EQ(std::pair(first.color[0], first.color[1]), std::pair(0.5f, 0.0f));
   EXPECT_NEAR(probe->m_Parents[1].color[3], 0.5f * 128 / 255, 1e-6f);
   EXPECT_EQ(Count(parent->children), 2) << "the instances hang under the parent, no batch item";
   for (CDrawItem *i = parent->children.first; i; i = i->next) EXPECT_EQ(i->m_Object, nullptr);
