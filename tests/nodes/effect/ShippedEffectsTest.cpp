@@ -1,11 +1,10 @@
-// The effect files we install: each validates as strict GLSL and becomes a
-// described node type; the Blur file and the Shader header keep the
-// contracts their users rely on.
+// The effect files we install: each becomes a described node type (their
+// strict GLSL check is the effect compiler's corpus test); the Blur file and
+// the Shader header keep the contracts their users rely on.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
-
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 
 #include "fx/FxManager.h"
@@ -21,20 +20,10 @@
 namespace {
 std::vector<std::string> ShippedEffectNames() {
   std::vector<std::string> names;
-  std::string dir = AssetsDir() + "nodes/effect";
-  if (DIR *d = opendir(dir.c_str())) {
-    while (dirent *e = readdir(d)) {
-      std::string n = e->d_name;
-      if (n.size() > 5 && n.compare(n.size() - 5, 5, ".cgfx") == 0) names.push_back(n);
-    }
-    closedir(d);
-  }
+  for (const auto &e : std::filesystem::directory_iterator(AssetsDir() + "nodes/effect"))
+    if (e.path().extension() == ".cgfx") names.push_back(e.path().filename());
   std::sort(names.begin(), names.end());
   return names;
-}
-
-std::unique_ptr<CFx> Load(CFxManager &manager, const std::string &path) {
-  return std::unique_ptr<CFx>(manager.LoadEffect(path.c_str()));
 }
 
 struct ShippedEffects : testing::Test {
@@ -44,7 +33,7 @@ struct ShippedEffects : testing::Test {
 };
 }  // namespace
 
-TEST_F(ShippedEffects, EachValidatesAndBecomesADescribedNodeTypeWithNamedPorts) {
+TEST_F(ShippedEffects, EachBecomesADescribedNodeTypeWithNamedPorts) {
   CNodeFactoryRef factory;
   size_t before = factory->Types().size();
   FxLogCapture log;
@@ -57,9 +46,6 @@ TEST_F(ShippedEffects, EachValidatesAndBecomesADescribedNodeTypeWithNamedPorts) 
     const CNodeInfo *info = factory->Types()[before + i];
     SCOPED_TRACE(info->m_TypeName);
     EXPECT_EQ(info->m_TypeName + ".cgfx", names[i]);
-    auto fx = Load(manager, AssetsDir() + "nodes/effect/" + names[i]);
-    ASSERT_TRUE(fx);
-    EXPECT_EQ(EffectProblems(*fx->Effect()), "");
     EXPECT_NE(info->m_Desc, "A simple effect");
     // Seven common ports, then at least one of the effect's own.
     ASSERT_GT(info->m_InPorts.size(), 7u);
@@ -71,7 +57,7 @@ TEST_F(ShippedEffects, EachValidatesAndBecomesADescribedNodeTypeWithNamedPorts) 
 }
 
 TEST_F(ShippedEffects, BlurOffersTheParametersAndPassesTheBlurNodeLooksUp) {
-  auto fx = Load(manager, AssetsDir() + "nodedata/blur.cgfx");
+  std::unique_ptr<CFx> fx(manager.LoadEffect((AssetsDir() + "nodedata/blur.cgfx").c_str()));
   ASSERT_TRUE(fx);
   EXPECT_EQ(EffectProblems(*fx->Effect()), "");
   for (const char *name : {"srcSampler", "gSourceTextureSize", "gBrightness"})
