@@ -31,9 +31,7 @@ struct CloneExpressionGraph {
 };
 
 void ExpectVec(const CVector3 &v, float x, float y, float z) {
-  EXPECT_NEAR(v.x, x, 1e-5f);
-  EXPECT_NEAR(v.y, y, 1e-5f);
-  EXPECT_NEAR(v.z, z, 1e-5f);
+  EXPECT_LT(Length(v - CVector3{x, y, z}), 2e-5f) << v.x << " " << v.y << " " << v.z;
 }
 }  // namespace
 

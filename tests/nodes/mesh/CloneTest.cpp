@@ -13,9 +13,7 @@
 
 namespace {
 void ExpectVec(const CVector3 &v, float x, float y, float z) {
-  EXPECT_NEAR(v.x, x, 1e-5f);
-  EXPECT_NEAR(v.y, y, 1e-5f);
-  EXPECT_NEAR(v.z, z, 1e-5f);
+  EXPECT_LT(Length(v - CVector3{x, y, z}), 2e-5f) << v.x << " " << v.y << " " << v.z;
 }
 void SetVector(CNode *n, const char *port, Vec3f v) { n->InPort<CPortVector>(port)->m_Value = v; }
 
