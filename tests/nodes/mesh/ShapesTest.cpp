@@ -3,6 +3,7 @@
 // indices. Vertex goldens come from golden_shapes.py next to this file.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 #include "nodes/mesh/ConeNode.h"
@@ -19,18 +20,14 @@
 
 namespace {
 void ExpectVec(const CVector3 &v, float x, float y, float z) {
-  EXPECT_NEAR(v.x, x, 1e-5f);
-  EXPECT_NEAR(v.y, y, 1e-5f);
-  EXPECT_NEAR(v.z, z, 1e-5f);
+  EXPECT_LT(Length(v - CVector3{x, y, z}), 2e-5f) << v.x << " " << v.y << " " << v.z;
 }
 void ExpectUV(const MeshVertex &v, float u, float tv) {
-  EXPECT_NEAR(v.u, u, 1e-5f);
-  EXPECT_NEAR(v.v, tv, 1e-5f);
+  EXPECT_TRUE(std::fabs(v.u - u) < 1e-5f && std::fabs(v.v - tv) < 1e-5f) << v.u << " " << v.v;
 }
 void ExpectCounts(const CPDMesh &m, int vertices, int quads, int triangles) {
-  EXPECT_EQ(m.m_Vertices.m_Num, vertices);
-  EXPECT_EQ(m.m_Quads.m_Num, quads);
-  EXPECT_EQ(m.m_Triangles.m_Num, triangles);
+  EXPECT_EQ((std::array{m.m_Vertices.m_Num, m.m_Quads.m_Num, m.m_Triangles.m_Num}),
+            (std::array{vertices, quads, triangles}));
 }
 bool SameTriangle(const MeshTriangle &t, int a, int b, int c) { return t.a == a && t.b == b && t.c == c; }
 bool SameQuad(const MeshQuad &q, int a, int b, int c, int d) { return q.a == a && q.b == b && q.c == c && q.d == d; }
@@ -197,7 +194,6 @@ TEST_F(MeshShapes, TorusIsOneStripAroundARoundTube) {
 }
 
 TEST_F(MeshShapes, HugeTessellationsAreLoweredToWhat16BitIndicesAddress) {
-  // Each shape at the top of its ports' ranges on both counts.
   auto fits = [](CMeshNode *shape, const char *a, const char *b, float most) {
     Generate(shape, {{a, most}, {b, most}});
     EXPECT_LE(shape->m_Vertices.m_Num, MESH_MAX_VERTICES);
@@ -224,7 +220,6 @@ TEST_F(MeshShapes, UpdateMarksTheMeshOnlyWhenAPortChanged) {
   cube->m_Dirty = false;
   cube->Update(0, &g.frame);
   EXPECT_TRUE(cube->m_Dirty) << "new ports count as changed";
-  EXPECT_EQ(cube->OutPort<CPortMesh>("Mesh")->m_Value, static_cast<CPDMesh *>(cube));
 
   cube->m_Dirty = false;
   for (CPort *p : cube->m_InPorts) p->m_Changed = false;
