@@ -71,15 +71,11 @@ TEST(ObjectComposition, CloneExpressionGridFollowsTheWindowShape) {
   ASSERT_TRUE(clone->Connect("Object", "Object", s.draw));
   Set(clone, "Center", "false");
   Set(clone, "Expression", "pos.x = x; pos.y = y; pos.z = z; col.r = 0.25;");
-  const struct {
-    float aspect;
-    size_t copies;
-  } cases[] = {{1, 27}, {2, 54}, {0.5f, 54}};
-  for (const auto &c : cases) {
-    s.g.frame.Aspect = c.aspect;
+  for (auto [aspect, copies] : {std::pair{1.0f, 27u}, {2.0f, 54u}, {0.5f, 54u}}) {
+    s.g.frame.Aspect = aspect;
     const std::vector<std::string> calls = s.Play(clone);
-    EXPECT_EQ(clone->Copies().size(), c.copies);
-    EXPECT_EQ(calls.size(), c.copies);
+    EXPECT_EQ(clone->Copies().size(), copies);
+    EXPECT_EQ(calls.size(), copies);
     EXPECT_EQ(calls[0], "fx.SetMatrix 1") << "indices from 1, not centred";
     EXPECT_EQ(clone->Copies()[0].color[0], 0.25f);
   }
@@ -105,17 +101,12 @@ TEST(ObjectComposition, DelayedTransformChainLagsOneDelayPerLink) {
   Set(delayed, "DelayedRotDelta", "0 0 90");
   s.g.frame.DeltaTime = 0.125f;  // Delay 0.5: a shift every fifth frame
   // x of the three links, and how far link 1 has turned (row 0, column 1).
-  const struct {
-    int frame;
-    float x[3], turn;
-  } steps[] = {{4, {1, 0, 0}, 0},         {5, {1, 0.25f, 0}, 0.3827f}, {6, {1, 0.5f, 0}, 0.7071f},
-               {8, {1, 1, 0}, 1},         {9, {1, 1, 0.25f}, 1},       {12, {1, 1, 1}, 1}};
+  const struct { int frame; float x[3], turn; } steps[] = {
+      {4, {1, 0, 0}, 0}, {5, {1, 0.25f, 0}, 0.3827f}, {6, {1, 0.5f, 0}, 0.7071f},
+      {8, {1, 1, 0}, 1}, {9, {1, 1, 0.25f}, 1},       {12, {1, 1, 1}, 1}};
   int frame = 0;
   for (const auto &step : steps) {
-    while (frame < step.frame) {
-      s.Play(delayed);
-      ++frame;
-    }
+    for (; frame < step.frame; ++frame) s.Play(delayed);
     const auto &r = delayed->Records();
     for (int i = 0; i < 3; ++i) EXPECT_NEAR(r[i].matrix(3, 0), step.x[i], 1e-4f) << "frame " << frame << " link " << i;
     EXPECT_NEAR(r[1].matrix(0, 1), step.turn, 1e-3f) << "frame " << frame;
@@ -135,10 +126,7 @@ TEST(ObjectComposition, PingPongKeepsTheBallBetweenPaddlesAndRestartsOnReshape) 
     minX = std::min(minX, game->Ball().x);
     maxX = std::max(maxX, game->Ball().x);
   }
-  EXPECT_LT(minX, -0.4f);
-  EXPECT_GT(maxX, 0.4f);
-  EXPECT_GE(minX, -0.5f);
-  EXPECT_LE(maxX, 0.5f);
+  EXPECT_TRUE(minX >= -0.5f && minX < -0.4f && maxX > 0.4f && maxX <= 0.5f) << minX << " .. " << maxX;
   EXPECT_FLOAT_EQ(game->Quads().Quads()[0].v[0].x, game->Ball().x - 0.01f);
   EXPECT_FLOAT_EQ(game->Paddle(0).x, -0.5f);
 
