@@ -53,11 +53,8 @@ TEST(Particles, TwoANewStepLiveFifteenStepsAndFallUnderGravity) {
   // 60 a second is two per step of 1/30 s; a life of 0.51 s is 15 steps.
   Particles p({{"ParticlesPerSec", "60"}, {"TimeToLive", "0.51"}, {"TimeToLiveVar", "0"}, {"Speed", "0"},
                {"EmitterRadius", "0"}, {"Gravity", "0 -10 0"}, {"SizeVar", "0"}});
-  const struct {
-    int steps;  // in all, from the start
-    int live;
-    int pool;
-  } table[] = {{1, 2, 60}, {10, 20, 60}, {15, 30, 60}, {16, 30, 60}, {40, 30, 60}};
+  // Steps in all from the start, live particles, pool size.
+  const struct { int steps, live, pool; } table[] = {{1, 2, 60}, {10, 20, 60}, {15, 30, 60}, {16, 30, 60}, {40, 30, 60}};
   int done = 0;
   for (const auto &row : table) {
     p.Steps(row.steps - done);
