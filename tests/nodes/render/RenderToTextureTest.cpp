@@ -120,16 +120,9 @@ TEST_F(RenderToTexture, ColorNextHoldsLastFramesPicture) {
   EXPECT_TRUE(Calls().empty());
   EXPECT_EQ(Read("Color"), previous);
   EXPECT_EQ(Calls(), (std::vector<std::string>{"BeginTarget 200x100", "Clear 1 0 0 1 1 3", "EndTarget 200x100"}));
-}
 
-TEST_F(RenderToTexture, InvalidatingGivesBothTargetsBackToThePool) {
-  rtt->OutPort<CPortTexture>("ColorNext")->m_Connected = true;
-  Frame();
-  Read("Color");
-  Read("ColorNext");
-  Calls();
+  // Invalidating gives both targets back to the pool.
   rtt->InvalidateDevice(&render);
   EXPECT_EQ(Calls(), (std::vector<std::string>{"ReleaseTarget pooled", "ReleaseTarget pooled"}));
-  EXPECT_FALSE(rtt->Target(0));
-  EXPECT_FALSE(rtt->Target(1));
+  EXPECT_FALSE(rtt->Target(0) || rtt->Target(1));
 }
