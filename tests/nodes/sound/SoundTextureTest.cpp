@@ -44,12 +44,8 @@ TEST(SoundTexture, AddsOneRowPerAnalysedFrameAndShowsTheNewestLast) {
 
   // Each step: music?, the analyser's frame counter, its level, and the
   // write row afterwards. The ring (3 rows) wraps on the fourth frame.
-  const struct {
-    bool music;
-    int frame;
-    float level;
-    int writeRow;
-  } steps[] = {{true, 1, 0.2f, 1}, {true, 1, 0.9f, 1}, {true, 2, 0.4f, 2}, {false, 3, 0.9f, 2},
+  const struct { bool music; int frame; float level; int writeRow; } steps[] = {
+      {true, 1, 0.2f, 1}, {true, 1, 0.9f, 1}, {true, 2, 0.4f, 2}, {false, 3, 0.9f, 2},
                {true, 4, 0.6f, 0}, {true, 5, 0.8f, 1}};
   for (const auto &s : steps) {
     sound.music = s.music, sound.frame = s.frame, sound.level = s.level;
