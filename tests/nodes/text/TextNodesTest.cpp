@@ -38,10 +38,7 @@ void Step(TestGraph &g, CNode *node, float dt = 1.0f / 30) {
 TEST(Clock, ShowsTheInjectedClocksTimeInEachFormat) {
   InAssets assets;
   CScopedFakeClock fake;
-  const struct {
-    int hour, minute, second, format;
-    const char *text;
-  } cases[] = {
+  const struct { int hour, minute, second, format; const char *text; } cases[] = {
       {13, 45, 30, 0, "13:45"},       {13, 45, 30, 1, "13:45:30"},    {0, 5, 0, 2, "12:05 AM"},
       {12, 5, 0, 2, "12:05 PM"},      {23, 59, 7, 3, "11:59:07 PM"},  {9, 1, 2, 4, "09:01:02"},
   };
@@ -49,9 +46,7 @@ TEST(Clock, ShowsTheInjectedClocksTimeInEachFormat) {
     TestGraph g;
     auto *clock = g.Add<CClockNode>(CClockNode::CreateInfo(), "Clock1");
     clock->InPort<CPortInt>("DigitalFormat")->m_Value = c.format;
-    fake.clock.local.hour = c.hour;
-    fake.clock.local.minute = c.minute;
-    fake.clock.local.second = c.second;
+    fake.clock.local.hour = c.hour, fake.clock.local.minute = c.minute, fake.clock.local.second = c.second;
     Step(g, clock);
     EXPECT_EQ(clock->Text(), c.text);
     // The dot-matrix font has every glyph a clock needs: one quad each.
@@ -65,7 +60,7 @@ TEST(TextNodes, LiveThroughFramesAndDrawWithFontsOrWithout) {
     const char *what;
     bool assets;
     int extreme;  // 0 defaults, -1 every number at its minimum, 1 at its maximum
-  } settings[] = {{"defaults", true, 0}, {"no fonts", false, 0}, {"minimum", true, -1}, {"maximum", true, 1}};
+  } settings[] = {{"no fonts", false, 0}, {"minimum", true, -1}, {"maximum", true, 1}};  // defaults: EveryNodeType
   for (const Setting &s : settings) {
     std::unique_ptr<InAssets> assets(s.assets ? new InAssets : nullptr);
     for (CNodeInfo *(*create)() :
