@@ -4,6 +4,7 @@
 #include <FreeImage.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -48,18 +49,13 @@ struct Textures : testing::Test {
 
 // Red, green and blue of a texel within a tolerance.
 void ExpectRGB(uint32_t texel, int r, int g, int b, const char *where) {
-  EXPECT_NEAR(static_cast<int>(texel & 0xFF), r, 10) << where;
-  EXPECT_NEAR(static_cast<int>((texel >> 8) & 0xFF), g, 10) << where;
-  EXPECT_NEAR(static_cast<int>((texel >> 16) & 0xFF), b, 10) << where;
+  for (int c : {0, 1, 2}) EXPECT_NEAR(Textures::Channel(texel, c), (std::array{r, g, b})[c], 10) << where << " " << c;
 }
 }  // namespace
 
 TEST_F(Textures, GradientShapesRunFromTheFirstStopThroughTheMiddleToTheLast) {
   // Black at 0, red at the middle, blue from 1.
-  const struct {
-    const char *type, *width, *height;
-    int start[2], middle[2], end[2];
-  } shapes[] = {
+  const struct { const char *type, *width, *height; int start[2], middle[2], end[2]; } shapes[] = {
       {"0", "256", "1", {0, 0}, {127, 0}, {255, 0}},
       {"1", "64", "64", {32, 32}, {54, 32}, {0, 0}},   // radial: the centre out to the corners
       {"2", "64", "64", {63, 32}, {32, 0}, {0, 32}},   // conical: right, up, round to the left
@@ -108,11 +104,7 @@ TEST_F(Textures, NoiseTilesAcrossEveryEdge) {
 }
 
 TEST_F(Textures, SizesFromPortsAreHeldToWhatATextureMayBe) {
-  const struct {
-    const char *type;
-    Ports ports;
-    int width, w, h, d;
-  } cases[] = {
+  const struct { const char *type; Ports ports; int width, w, h, d; } cases[] = {
       {"NoiseTexture", {{"Height", "1"}, {"Depth", "4096"}}, 4096, 4096, 1, 1},  // one row: the depth doesn't count
       {"ExpressionTexture", {{"Height", "2"}, {"Depth", "2"}}, 300, 128, 2, 2},  // a volume
       {"Gradient", {{"Height", "7"}}, 100000, 4096, 7, 1},
@@ -120,9 +112,8 @@ TEST_F(Textures, SizesFromPortsAreHeldToWhatATextureMayBe) {
   for (const auto &c : cases) {
     CRecordTexture *t = Make(c.type, c.ports, c.width);
     ASSERT_TRUE(t) << c.type;
-    EXPECT_EQ(t->m_Width, c.w) << c.type;
-    EXPECT_EQ(std::max(t->m_Height, 1), c.h) << c.type;
-    EXPECT_EQ(std::max(t->m_Depth, 1), c.d) << c.type;
+    EXPECT_EQ((std::array{t->m_Width, std::max(t->m_Height, 1), std::max(t->m_Depth, 1)}), (std::array{c.w, c.h, c.d}))
+        << c.type;
   }
   const TextureSize volume = ClampTextureSize(4096, 4096, 4096), picture = ClampTextureSize(4096, 4096, 1);
   EXPECT_EQ(volume.width * volume.height * volume.depth, 128 * 128 * 128);
@@ -153,15 +144,13 @@ TEST_F(Textures, FileTextureTopRowFirstDdsTwinAndBlankStandIn) {
   int w = 0, h = 0, tw = 0, th = 0;
   ASSERT_TRUE(CNTFile::LoadImage(marble + ".dds", dds, w, h));
   ASSERT_TRUE(CNTFile::LoadImage(marble + ".jpg", twin, tw, th));
-  EXPECT_EQ(w, 256);
-  EXPECT_EQ(h, 256);
+  EXPECT_EQ(std::pair(w, h), std::pair(256, 256));
   EXPECT_EQ(twin, dds);
 
   LogCapture log;
   t = Make("FileTexture", {{"Filename", (dir / "missing.png").c_str()}});
   ASSERT_TRUE(t);
-  EXPECT_EQ(t->m_Width, 32);
-  EXPECT_EQ(t->m_Height, 32);
+  EXPECT_EQ(std::pair(t->m_Width, t->m_Height), std::pair(32, 32));
   EXPECT_EQ(At(t, 31, 31), 0u);
   EXPECT_EQ(log.errors, std::vector<std::string>{"Unable to load image \"" + (dir / "missing.png") + "\""});
 }
