@@ -34,10 +34,7 @@ struct ColorNode {
 };
 
 void ExpectColor(Color4f c, float r, float g, float b, float a) {
-  EXPECT_NEAR(c.r, r, 1e-5);
-  EXPECT_NEAR(c.g, g, 1e-5);
-  EXPECT_NEAR(c.b, b, 1e-5);
-  EXPECT_NEAR(c.a, a, 1e-5);
+  for (auto [got, want] : {std::pair{c.r, r}, {c.g, g}, {c.b, b}, {c.a, a}}) EXPECT_NEAR(got, want, 1e-5);
 }
 }  // namespace
 
@@ -54,17 +51,13 @@ TEST(HSLAToColor, MatchesTheReferenceConversionAndGreyWithoutSaturation) {
   ExpectColor(hsl.Convert("40", "0", "0"), 1.0f, 1.0f, 1.0f, 1.0f);
 }
 
-TEST(HSVAToColor, MatchesTheReferenceConversion) {
+TEST(HSVAToColor, MatchesTheReferenceConversionConnectedHuesWrapOnceAndComponentsButAlphaAreLimited) {
   ColorNode hsv(CHSVAToColor::CreateInfo());
   ExpectColor(hsv.Convert("200", "0.6", "0.8", "0.25"), 0.32f, 0.64f, 0.8f, 0.25f);
   ExpectColor(hsv.Convert("359", "1", "1"), 1.0f, 0.0f, 0.016667f, 1.0f);
   ExpectColor(hsv.Convert("0", "0.5", "0.8"), 0.8f, 0.4f, 0.4f, 1.0f);
   ExpectColor(hsv.Convert("360", "0.5", "0.8"), 0.8f, 0.4f, 0.4f, 1.0f);  // the full turn is hue 0
   ExpectColor(hsv.Convert("77", "0", "0.6"), 0.6f, 0.6f, 0.6f, 1.0f);
-}
-
-TEST(HSVAToColor, ConnectedHuesWrapOnceThenGiveBlackAndComponentsButAlphaAreLimited) {
-  ColorNode hsv(CHSVAToColor::CreateInfo());
   auto *hue = hsv.Feed("Hue", -30.0f);  // the sector below 0 is the last one: hue 330
   ExpectColor(hsv.Convert("0", "1", "1"), 1.0f, 0.0f, 0.5f, 1.0f);
   ColorNode::Give(hue, 450.0f);
