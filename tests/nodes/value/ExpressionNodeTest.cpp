@@ -1,13 +1,11 @@
-// Expression: what a text sees (inputs, local and scene time, perm,
-// permrand), what it keeps between evaluations and what a new text resets,
-// the seeded rand(), and how a failing text goes quiet until it changes.
+// Expression: what a text sees (inputs, local and scene time, permrand), the
+// seeded rand(), and the zeros of a failing text.
 #include "nodes/value/ExpressionNode.h"
 #include "support/LogCapture.h"
 #include "support/TestNodes.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 
 namespace {
 struct Expression {
@@ -53,25 +51,13 @@ TEST(ExpressionNode, InputsAndTimesReachTheText) {
   }
 }
 
-TEST(ExpressionNode, PermAndPermrandLastUntilTheTextChanges) {
+// What an evaluator keeps until a new text is ExprEvaluator.TextsTalkThroughBoundAndInventedVariables's.
+TEST(ExpressionNode, PermrandIsDrawnOnceForTheNodeAndRestoredForEachNewText) {
   Expression e;
-  e.SetText("perm = perm + 1; acc = acc + 2; out1 = perm; out2 = acc");
-  for (int i = 1; i <= 3; ++i) {
-    e.Run();
-    EXPECT_EQ(e.Out(0), i);
-    EXPECT_EQ(e.Out(1), 2 * i);
-  }
-  e.SetText("perm = perm + 10; out1 = perm");  // a new text starts perm again
-  e.Run();
-  e.Run();
-  EXPECT_EQ(e.Out(0), 20.0f);
-
-  // permrand is drawn once for the node and restored for each new text.
   e.SetText("out1 = permrand; permrand = permrand + 1");
   e.Run();
   const float drawn = e.Out(0);
-  EXPECT_GE(drawn, 0.0f);
-  EXPECT_LE(drawn, 1.0f);
+  EXPECT_TRUE(drawn >= 0.0f && drawn <= 1.0f) << drawn;
   e.Run();
   EXPECT_FLOAT_EQ(e.Out(0), drawn + 1.0f);
   e.SetText("out1 = permrand");
@@ -96,7 +82,9 @@ TEST(ExpressionNode, RandRepeatsItsSeededSequenceEachEvaluation) {
   EXPECT_NEAR(e.Out(1), 0.577930f, 1e-6);
 }
 
-TEST(ExpressionNode, AFailingTextIsLoggedOnceAndGivesZerosUntilItChanges) {
+// How often a failure is logged, and that a new text or an empty one ends it,
+// is ExprEvaluator.AFailedEvaluationLogsOnceAndStopsUntilTheTextChanges's.
+TEST(ExpressionNode, AFailingTextGivesZerosUntilItChanges) {
   LogCapture log;
   Expression e;
   e.SetText("out2 = 5; out1 = 1 / (in1 - in1)");
@@ -104,19 +92,10 @@ TEST(ExpressionNode, AFailingTextIsLoggedOnceAndGivesZerosUntilItChanges) {
   e.Run();
   EXPECT_EQ(e.Out(0), 0.0f);
   EXPECT_EQ(e.Out(1), 0.0f);  // assigned before the failure, still not passed on
-  EXPECT_EQ(std::count(log.lines.begin(), log.lines.end(), "Divide by zero"), 1);
-
-  e.SetText("out1 = 3 +");  // does not parse: logged, zeros
+  e.SetText("out1 = 3 +");  // does not parse
   e.Run();
-  EXPECT_EQ(log.lines.size(), 2u);
   EXPECT_EQ(e.Out(0), 0.0f);
-
   e.SetText("out1 = 3");
   e.Run();
   EXPECT_EQ(e.Out(0), 3.0f);
-
-  e.SetText("");  // an empty text is silent
-  e.Run();
-  EXPECT_EQ(e.Out(0), 0.0f);
-  EXPECT_EQ(log.lines.size(), 2u);
 }
