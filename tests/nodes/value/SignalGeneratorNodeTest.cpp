@@ -27,19 +27,14 @@ TEST(SignalGenerator, WaveformsFollowFrequencyPhaseOffsetAndAmplitude) {
   //     cell(v) = int(v) if v > 0 else int(v) - 1; grad(h, x) = (-1 if h & 8 else 1) * ((h & 7) + 1) * x
   //     i = cell(t); x0 = t - i
   //     0.395 * sum((1 - d * d) ** 4 * grad(perm[(i + c) & 255], d) for c, d in ((0, x0), (1, x0 - 1)))
-  const struct {
-    float time;
-    float expected[5];
-  } cases[] = {
+  const struct { float time; float expected[5]; } cases[] = {
       {0.3f, {-2.353170f, -2.5f, -1.9f, -1.3f, 0.705155f}},
       {1.05f, {3.353170f, 3.5f, 2.9f, 1.7f, 0.161101f}},
       {-0.42f, {3.494080f, 3.5f, 3.38f, 2.06f, 1.370463f}},
   };
   Generator gen;
-  gen.Set("Frequency", "2");
-  gen.Set("Phase", "0.1");
-  gen.Set("Offset", "0.5");
-  gen.Set("Amplitude", "3");
+  for (auto [port, text] : {std::pair{"Frequency", "2"}, {"Phase", "0.1"}, {"Offset", "0.5"}, {"Amplitude", "3"}})
+    gen.Set(port, text);
   const char *types[] = {"Sine", "Square", "Triangle", "Sawtooth", "Random"};
   for (int k = 0; k < 5; ++k) {
     gen.Set("WaveformType", types[k]);
@@ -48,10 +43,7 @@ TEST(SignalGenerator, WaveformsFollowFrequencyPhaseOffsetAndAmplitude) {
 }
 
 TEST(SignalGenerator, ShapesAtTheirEdges) {
-  const struct {
-    const char *type;
-    float time, value;
-  } edges[] = {{"Square", 0, -1},  // sin(0) is not above 0
+  const struct { const char *type; float time, value; } edges[] = {{"Square", 0, -1},  // sin(0) is not above 0
                {"Square", 0.25f, 1},     {"Sawtooth", 0, 0},    {"Sawtooth", 0.49f, 0.98f}, {"Sawtooth", 0.51f, -0.98f},
                {"Triangle", 0, 0},       {"Triangle", 0.25f, 1}, {"Triangle", 0.75f, -1},  {"Random", 0, 0}};
   Generator gen;
