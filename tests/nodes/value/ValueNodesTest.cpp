@@ -31,12 +31,8 @@ float FirstComponent(CPort *out) {
 TEST(ValueNodes, RecomputeOnEveryPullAtTheLocalTime) {
   // Each type with one in-port fed by a Sin (0 at t = 0, 0.5 at 0.25, 1 at
   // 0.5) and settings under which its first output is that in-port's value.
-  const struct {
-    const char *type;
-    CNodeInfo *(*create)();
-    const char *port;
-    std::vector<std::pair<const char *, const char *>> settings;
-  } cases[] = {
+  using Settings = std::vector<std::pair<const char *, const char *>>;
+  const struct { const char *type; CNodeInfo *(*create)(); const char *port; Settings settings; } cases[] = {
       {"SignalGenerator", &CSignalGeneratorNode::CreateInfo, "Offset", {{"Amplitude", "0"}}},
       {"Vector", &CVectorNode::CreateInfo, "x", {}},
       {"RGBAToColor", &CRGBAToColor::CreateInfo, "Red", {}},
