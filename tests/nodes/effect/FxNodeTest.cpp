@@ -65,7 +65,6 @@ TEST_F(EffectFiles, ParametersBecomePortsAfterTheCommonOnes) {
   ASSERT_TRUE(info);
   EXPECT_EQ(info->m_Desc, "Every kind of port");
   EXPECT_EQ(info->m_Group, 5);
-  EXPECT_FALSE(info->m_BuiltIn);
   EXPECT_EQ(PortNames(info->m_OutPorts), std::vector<std::string>{"Effect"});
   // Time parameters are fed by the node; a texture without semantic is refused.
   EXPECT_EQ(PortNames(info->m_InPorts),
@@ -131,7 +130,9 @@ struct EffectInstance : EffectFiles {
   void TearDown() override {
     if (node) node->InvalidateDevice(&render);
   }
-  void Update() {
+  // Sets ports from their texts and runs a frame.
+  void Set(std::initializer_list<std::pair<const char *, const char *>> ports) {
+    for (auto [port, text] : ports) node->FindInPort(port)->SetText(text);
     node->m_Updated = false;
     node->Update(frame.Time, &frame);
   }
@@ -160,12 +161,7 @@ TEST_F(EffectInstance, RestoreLoadsTheTypesFileAndAWhiteNullTexture) {
 
 TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
   ASSERT_TRUE(node->RestoreDevice(&render));
-  node->FindInPort("Gain")->SetText("3");
-  node->FindInPort("Dir")->SetText("0.5 0 -1");
-  node->FindInPort("Tint")->SetText("0.5 1 1 0.5");
-  node->FindInPort("Count")->SetText("4");
-  node->FindInPort("Flag")->SetText("false");
-  Update();
+  Set({{"Gain", "3"}, {"Dir", "0.5 0 -1"}, {"Tint", "0.5 1 1 0.5"}, {"Count", "4"}, {"Flag", "false"}});
   EXPECT_EQ(node->OutPort<CPortEffect>("Effect")->m_Value, node.get());
 
   PassHandle pass = node->Begin();
@@ -192,18 +188,13 @@ TEST_F(EffectInstance, AFrameFeedsTimePortValuesAndTheItemColor) {
 
 TEST_F(EffectInstance, BeginAppliesTheStatePorts) {
   ASSERT_TRUE(node->RestoreDevice(&render));
-  node->FindInPort("DepthWrite")->SetText("false");
-  node->FindInPort("SrcBlend")->SetText("1");
-  node->FindInPort("DstBlend")->SetText("1");
-  node->FindInPort("CullMode")->SetText("0");
-  Update();
+  Set({{"DepthWrite", "false"}, {"SrcBlend", "1"}, {"DstBlend", "1"}, {"CullMode", "0"}});
   ASSERT_TRUE(node->Begin());
   // Alpha blending off resets the factors, then the ports set them.
   const std::pair<int, int> expected[] = {{RS_DepthTest, 1},        {RS_DepthWrite, 0},       {RS_AlphaTest, 0},
                                           {RS_SrcBlend, BLEND_One}, {RS_DstBlend, BLEND_One}, {RS_CullMode, CULL_None}};
   for (auto [state, value] : expected) EXPECT_EQ(render.m_States[state], value) << "state " << state;
-  node->FindInPort("AlphaBlend")->SetText("true");
-  Update();
+  Set({{"AlphaBlend", "true"}});
   node->Begin();
   EXPECT_EQ(render.m_States[RS_AlphaTest], 1);
 }
