@@ -73,6 +73,7 @@ TEST(RenderTarget, PoolReusesTargetsTexturesAndBuffers) {
   EXPECT_EQ(pool->m_FreeTextures.size(), 2u);
   file->Release();
   delete file;
+  EXPECT_EQ(glGetError(), static_cast<GLenum>(GL_NO_ERROR));
 }
 
 TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {
