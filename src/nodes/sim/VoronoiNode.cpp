@@ -151,14 +151,14 @@ void CVoronoiNode::BuildBorders() {
   if (std::fabs(width) > 1e-05f) {
     m_Quads.SetSize(count);
     CQuadBatch::Quad *q = m_Quads.Quads();
+    // Wound like every other band of quads, so that culling keeps them.
     for (const CVoronoi::Edge &e : edges) {
-      const float dx = e.x2 - e.x1, dy = e.y2 - e.y1, len = std::hypot(dx, dy);
-      const float k = width * 0.5f / len, ox = dy * k, oy = -dx * k;
+      const CVector3 o = FastSide({e.x2 - e.x1, e.y2 - e.y1, 0.0f}) * (width * 0.5f);
       const uint32_t c = PackColorRounded(m_Points[e.site].lineColor);
-      *q++ = {{{e.x1 - ox, e.y1 - oy, -0.001f, 0, 0, c},
-               {e.x2 - ox, e.y2 - oy, -0.001f, 0, 1, c},
-               {e.x1 + ox, e.y1 + oy, -0.001f, 1, 0, c},
-               {e.x2 + ox, e.y2 + oy, -0.001f, 1, 1, c}}};
+      *q++ = {{{e.x1 - o.x, e.y1 - o.y, -0.001f, 0, 0, c},
+               {e.x2 - o.x, e.y2 - o.y, -0.001f, 0, 1, c},
+               {e.x1 + o.x, e.y1 + o.y, -0.001f, 1, 0, c},
+               {e.x2 + o.x, e.y2 + o.y, -0.001f, 1, 1, c}}};
     }
   } else {
     m_Lines.SetSize(count);
