@@ -73,7 +73,8 @@ void CMetaballField::SetGrid(int n) {
   m_Known.assign(points, 0);
   m_State.assign(points, 0);
   m_Stamp = 0;
-  if (m_Open.capacity() < 1024) m_Open.reserve(1024);
+  // Room for a surface that wraps the whole grid, so that steady frames never grow it.
+  m_Open.reserve(std::max<size_t>(1024, static_cast<size_t>(18) * (n + 1) * (n + 1)));
 }
 
 void CMetaballField::NewStamp() {

@@ -100,7 +100,7 @@ void CVoronoiNode::Update(float time, FrameInfo *frame) {
     m_DirtyUnits = ALL_UNITS;
   }
   m_Count = n;
-  EvaluatePoints(time, frame->DeltaTime);
+  if (!EvaluatePoints(time, frame->DeltaTime)) return;
   m_Voronoi.GenerateVoronoi(m_Sites.data(), n, -1, 1, -1, 1, 0.001f);
   for (int i = 0; i < n; ++i)
     m_Cells.m_Sites[i] = {m_Points[i].x, m_Points[i].y, PackColorRounded(m_Points[i].cellColor)};
@@ -117,7 +117,7 @@ void CVoronoiNode::Update(float time, FrameInfo *frame) {
   m_Out->m_Value = this;
 }
 
-void CVoronoiNode::EvaluatePoints(float time, float dt) {
+bool CVoronoiNode::EvaluatePoints(float time, float dt) {
   m_Time = time;
   m_NumPointsVar = m_Count;
   m_Evaluator->SeedRandom(static_cast<uint32_t>(m_RandomSeed->m_Value));
@@ -133,6 +133,7 @@ void CVoronoiNode::EvaluatePoints(float time, float dt) {
       m_PointNr = i;
       m_Pos[0] = p.x, m_Pos[1] = p.y, m_Vel[0] = p.vx, m_Vel[1] = p.vy;
       m_Evaluator->Evaluate();
+      if (!m_Evaluator->m_Compiled) return false;  // logged; the last picture stays
       p.x = Sane(m_Pos[0]), p.y = Sane(m_Pos[1]), p.vx = Sane(m_Vel[0]), p.vy = Sane(m_Vel[1]);
     }
     p.x = std::clamp(p.x + p.vx * dt, -kMaxPosition, kMaxPosition);
@@ -142,6 +143,7 @@ void CVoronoiNode::EvaluatePoints(float time, float dt) {
     CopyColor(m_CellColor, p.cellColor);
     m_Sites[i] = {p.x, p.y};
   }
+  return true;
 }
 
 void CVoronoiNode::BuildBorders() {

@@ -63,7 +63,8 @@ class CVoronoiNode : public CNode, public CPDObject {
   const CRenderPoints &Sprites() const { return m_Sprites; }
 
  private:
-  void EvaluatePoints(float time, float dt);
+  // False when the text fails on a point.
+  bool EvaluatePoints(float time, float dt);
   void BuildBorders();
 
   CPortInt *m_NumPoints = nullptr, *m_RandomSeed = nullptr;
