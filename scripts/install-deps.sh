@@ -23,6 +23,8 @@ PACKAGES=(
   libfftw3-dev
   # benchmark baseline for the expression language
   libmuparser-dev
+  # test and benchmark baseline for the Voronoi sweep (Boost.Polygon, headers only)
+  libboost-dev
   # fuzzing the file readers: clang with libFuzzer (scripts/fuzz.sh)
   clang libclang-rt-14-dev
 )

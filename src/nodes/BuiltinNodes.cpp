@@ -31,6 +31,8 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sim/MetaballsNode.h"
+#include "nodes/sim/VoronoiNode.h"
 #include "nodes/sound/BarsNode.h"
 #include "nodes/sound/BeatNode.h"
 #include "nodes/sound/OscilloscopeNode.h"
@@ -96,6 +98,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
+    &CMetaballsNode::CreateInfo,
     &CExpressionNode::CreateInfo,
     &CCloneExpressionNode::CreateInfo,
     &CSphereNode::CreateInfo,
@@ -103,6 +106,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CDiscNode::CreateInfo,
     &CTorusNode::CreateInfo,
     &CConeNode::CreateInfo,
+    &CVoronoiNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
     &CClockNode::CreateInfo,
