@@ -1,7 +1,6 @@
 #pragma once
-// One node of the simulation family created from the catalogue and run
-// frame by frame, as the graph would: in-ports settled after each update.
-// The shared generator starts from one seed, as a run of the program does.
+// A node of the simulation family from the catalogue, run frame by frame as
+// the graph would, the shared generator seeded as a run of the program is.
 
 #include <cmath>
 #include <memory>
@@ -42,8 +41,7 @@ struct SimHarness {
   std::unique_ptr<N> node;
 };
 
-inline bool Finite(float v) { return std::isfinite(v); }
 template <typename... T>
-bool Finite(float v, T... rest) {
-  return std::isfinite(v) && Finite(rest...);
+bool Finite(T... v) {
+  return (std::isfinite(v) && ...);
 }
