@@ -31,7 +31,11 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sim/Fluid2dNode.h"
+#include "nodes/sim/LightningNode.h"
 #include "nodes/sim/MetaballsNode.h"
+#include "nodes/sim/RibbonsNode.h"
+#include "nodes/sim/TuringPatternNode.h"
 #include "nodes/sim/VoronoiNode.h"
 #include "nodes/sound/BarsNode.h"
 #include "nodes/sound/BeatNode.h"
@@ -113,10 +117,14 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CTextWriterNode::CreateInfo,
     &CGalaxyNode::CreateInfo,
     &CTransformMeshNode::CreateInfo,
+    &CLightningNode::CreateInfo,
     &CNoiseTextureNode::CreateInfo,
     &CRandomTextureNode::CreateInfo,
     &CExpressionTextureNode::CreateInfo,
+    &CRibbonsNode::CreateInfo,
+    &CFluid2dNode::CreateInfo,
     &CGradientNode::CreateInfo,
+    &CTuringPatternNode::CreateInfo,
     &CSoundTextureNode::CreateInfo,
     &CCopyTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,

@@ -8,7 +8,13 @@
 
 class CBatchRender;
 class CPortEffect;
+class CPortInt;
 class CPortObject;
+class CRenderPoints;
+
+// The PrimType in-port of the node types that draw points (Point, Line,
+// Texture, Axis texture, Object), with its default.
+CPortInt *PointPrimTypePort(int def);
 
 class CBatchObjectNode : public CNode, public CPDObject {
  public:
@@ -23,6 +29,10 @@ class CBatchObjectNode : public CNode, public CPDObject {
   // How many of the batch's items the next draw shows; below 1 shows all.
   virtual int DrawCount() const { return 0; }
   void PublishObject();
+  // Readies `points` for `count` records of the type on `primType` (held to
+  // the known types); a new type or more room than `capacity` needs new
+  // device objects. Returns the type.
+  int SizePoints(CRenderPoints &points, const CPortInt &primType, int count, int &capacity);
 
   CBatchRender &m_Batch;
   CPortEffect *m_EffectPort = nullptr;

@@ -72,12 +72,7 @@ CNodeInfo *CParticlesNode::CreateInfo() {
                                  10000.0f));
   info->AddInPort(new CPortBool("ScaleByAspect", "Adjust the size of the emitter depending on the aspect of the screen.",
                                 false));
-  info->AddInPort(new CPortInt("PrimType", "Type of primitive", 2, 0, 4))
-      ->AddValue(0, "Point")
-      ->AddValue(1, "Line")
-      ->AddValue(2, "Texture")
-      ->AddValue(3, "Axis texture")
-      ->AddValue(4, "Object");
+  info->AddInPort(PointPrimTypePort(2));
   info->AddInPort(new CPortVector("Gravity", "Direction and strength of gravity", {0, -9.8f, 0}, vstep, vmin, vmax));
   info->AddOutPort(new CPortObject("Object", "Object"));
   return info;
@@ -243,13 +238,7 @@ void CParticlesNode::Simulate(float dt) {
 }
 
 void CParticlesNode::WriteVertices() {
-  const int type = std::clamp(m_PrimType->m_Value, static_cast<int>(PRIM_Point), static_cast<int>(PRIM_Object));
-  const int pool = static_cast<int>(m_Pool.size());
-  if (m_PrimType->m_Changed || type != m_Points.PrimitiveType() || pool > m_Capacity) {
-    m_Capacity = pool;
-    m_Points.SetSize(m_Capacity, type);
-    m_DirtyUnits = ALL_UNITS;
-  }
+  const int type = SizePoints(m_Points, *m_PrimType, static_cast<int>(m_Pool.size()), m_Capacity);
   m_Points.SetCount(m_LiveCount);
   int i = 0;
   for (const Particle &p : m_Pool) {
