@@ -6,8 +6,10 @@
 #include <memory>
 #include <unistd.h>
 
+#include "app/Folders.h"
 #include "core/LineBuffer.h"
 #include "core/Log.h"
+#include "core/Paths.h"
 #include "engine/ScriptEngine.h"
 #include "tool/ToolCommand.h"
 #include "tool/ToolScene.h"
@@ -35,6 +37,9 @@ int RunHost(int argc, char **argv) {
   }
   CToolEngine tool;
   CVelmor &engine = tool.engine;
+  // Captures go where the program puts them: the user's folder.
+  const AppFolders folders = ThisAppFolders();
+  SetAppPaths(folders.appPath, folders.userPath);
   if (file.empty() ? !engine.Init() : !tool.Load(file)) {
     fprintf(stderr, "velmor-tool host: %s\n", GetFirstError());
     return 1;
