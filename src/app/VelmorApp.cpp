@@ -27,8 +27,7 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   };
   if (g_AppType) engine->m_Settings = g_AppType->m_Settings;
   engine->m_GetMaxFps = [] { return g_AppType ? g_AppType->m_MaxFps : 0.0f; };
-  // The renderer keeps its swap interval: only the frame cap changes here.
-  engine->m_SetMaxFps = [](float fps, int) {
+  engine->m_SetMaxFps = [](float fps) {
     if (g_AppType) g_AppType->m_MaxFps = fps;
   };
   return engine;

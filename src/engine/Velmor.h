@@ -110,10 +110,10 @@ class CVelmor : public IVelmorEngine {
   std::function<void(CNodeFactory &)> m_RegisterEffectNodes;
   IStats *m_Stats;
   ICommandRunner *m_Commands;
-  // The host's frame cap (0: none) and how to change it with the swap
-  // interval, for the configuration commands; unset where there is none.
+  // The host's frame cap (0: none) and how to change it, for the
+  // configuration commands; unset where there is none.
   std::function<float()> m_GetMaxFps;
-  std::function<void(float maxFps, int swapInterval)> m_SetMaxFps;
+  std::function<void(float maxFps)> m_SetMaxFps;
 
  private:
   void LoadSerialized(CSerialize &s);

@@ -47,7 +47,7 @@ int RunHost(int argc, char **argv) {
   // The tool runs a frame per line; the cap is only remembered for the host.
   float maxFps = 0.0f;
   engine.m_GetMaxFps = [&maxFps] { return maxFps; };
-  engine.m_SetMaxFps = [&maxFps](float fps, int) { maxFps = fps; };
+  engine.m_SetMaxFps = [&maxFps](float fps) { maxFps = fps; };
   std::unique_ptr<CToolWindow> window;
   if (gl) {
     window = std::make_unique<CToolWindow>(engine);

@@ -47,13 +47,12 @@ CommandResult ConfigSet(CScriptEngine &, XmlElement &r, CVelmor *v) {
     v->m_CaptureSound = atoi(r.Get("CaptureSound").c_str()) != 0;
     if (v->m_ConfigureSound) v->m_ConfigureSound(v->m_CaptureSound, v->m_MaxSilenceTime);
   }
-  if (r.Has("LockFPS") && v->m_SetMaxFps) {
-    // A locked rate follows the display's refresh; unlocked, the program
-    // caps itself at 30 frames a second.
-    if (atoi(r.Get("LockFPS").c_str()) != 0)
-      v->m_SetMaxFps(0.0f, 0);
-    else
-      v->m_SetMaxFps(30.0f, 1);
+  if (r.Has("LockFPS")) {
+    // Non-zero: no cap and no wait for the display; zero: 30 frames a
+    // second in step with the display.
+    const bool unlocked = atoi(r.Get("LockFPS").c_str()) != 0;
+    if (v->m_SetMaxFps) v->m_SetMaxFps(unlocked ? 0.0f : 30.0f);
+    if (CRenderWin *render = Windows(*v)) render->SetSwapInterval(unlocked ? 0 : 1);
   }
   return {};
 }
