@@ -22,6 +22,7 @@ class ILineChannel {
 
 // A Unix stream socket at `path`, owner-only (0600) and removed when the
 // channel goes. Never a network socket. A socket file left by an earlier
-// run is replaced; any other file at the path is not touched. Null, with
+// run is replaced; one a running program listens on, or any other file at
+// the path, is not touched. Null, with
 // the error logged, when the socket can't be made.
 std::unique_ptr<ILineChannel> OpenUnixSocketChannel(const std::string &path, size_t maxLine);

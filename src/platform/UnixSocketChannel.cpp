@@ -99,18 +99,25 @@ std::unique_ptr<ILineChannel> OpenUnixSocketChannel(const std::string &path, siz
     return nullptr;
   }
   memcpy(address.sun_path, path.c_str(), path.size());
-  struct stat existing {};
-  if (lstat(path.c_str(), &existing) == 0) {
-    if (!S_ISSOCK(existing.st_mode)) {
-      LogError("Not replacing \"%s\": it isn't a socket", path.c_str());
-      return nullptr;
-    }
-    unlink(path.c_str());
-  }
   const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
   if (fd < 0) {
     LogError("Unable to create a socket: %s", strerror(errno));
     return nullptr;
+  }
+  struct stat existing {};
+  if (lstat(path.c_str(), &existing) == 0) {
+    const char *refusal = !S_ISSOCK(existing.st_mode) ? "it isn't a socket" : nullptr;
+    // A socket that still answers belongs to a program that runs.
+    const int probe = refusal ? -1 : socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (probe >= 0 && connect(probe, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0)
+      refusal = "another program listens there";
+    if (probe >= 0) close(probe);
+    if (refusal) {
+      LogError("Not replacing \"%s\": %s", path.c_str(), refusal);
+      close(fd);
+      return nullptr;
+    }
+    unlink(path.c_str());
   }
   // Owner-only from the moment the file exists.
   const mode_t oldMask = umask(0177);

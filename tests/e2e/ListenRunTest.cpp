@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "e2e/VelmorProcess.h"
@@ -61,6 +62,12 @@ TEST(ListenRun, CommandsOnTheSocketAreAnsweredLineByLine) {
   EXPECT_NE(Ask(fd, "<c><NodeCreate Type=\"Nope\"/><NodeGet Name=\"Screen1\"/></c>")
                 .find("<NodeCreate Type=\"Nope\" Error=\"Unknown node type\" /><Node Name=\"Screen1\""),
             std::string::npos);
+  // A second program can't take the socket of one that runs.
+  VelmorProcess second;
+  ASSERT_TRUE(second.Start({"/t", "scenes/plasma.vms", "--listen", path}));
+  ASSERT_TRUE(second.WaitForExit(20s));
+  EXPECT_EQ(WEXITSTATUS(second.ExitStatus()), 1) << second.Output();
+  EXPECT_NE(Ask(fd, "<c><SceneActive/></c>").find("<SceneActivated"), std::string::npos);
   close(fd);
 
   velmor.Signal(SIGTERM);
