@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "app/AppTypeWin.h"
+#include "app/HostChannel.h"
 #include "core/Log.h"
 #include "core/Paths.h"
 #include "core/Trace.h"

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "app/HostChannel.h"
 #include "app/UserApp3d.h"
 
+class CHostChannel;
 class IVelmorEngine;
 
 class CVelmorApp : public CUserApp3d {

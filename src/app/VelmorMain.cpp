@@ -9,6 +9,7 @@
 
 #include "app/AppTypeScreensaver.h"
 #include "app/Folders.h"
+#include "app/HostChannel.h"
 #include "app/VelmorApp.h"
 #include "audio/SoundAnalyzer.h"
 #include "audio/SoundFromFile.h"
