@@ -62,8 +62,10 @@ AppFolders FindOwnFolders(const char *xdgConfigHome, const char *home) {
 
 std::string ThisInstallation() { return FindOwnFolders(nullptr, nullptr).appPath; }
 
+AppFolders ThisAppFolders() { return FindOwnFolders(getenv("XDG_CONFIG_HOME"), getenv("HOME")); }
+
 AppFolders SetUpAppFolders() {
-  AppFolders f = FindOwnFolders(getenv("XDG_CONFIG_HOME"), getenv("HOME"));
+  AppFolders f = ThisAppFolders();
   if (chdir(f.appPath.c_str()) != 0) LogError("Unable to change dir");
   SetAppPaths(f.appPath, f.userPath);
   StartLog(JoinPath(f.userPath, "log.txt").c_str());

@@ -22,6 +22,10 @@ AppFolders FindAppFolders(const std::string &executable, const std::string &curr
 // folder; nothing is created.
 std::string ThisInstallation();
 
+// The folders of this process, found as above (the user's folder is
+// created); nothing else changes.
+AppFolders ThisAppFolders();
+
 // Finds the folders for this process, changes into the installation, sets
 // the path macros and starts the log in the user's folder.
 AppFolders SetUpAppFolders();

@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "app/AppTypeWin.h"
+#include "app/HostChannel.h"
 #include "core/Log.h"
 #include "core/Paths.h"
 #include "core/Trace.h"
@@ -26,6 +27,10 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
     g_Sound.m_MaxSilenceTime = maxSilence;
   };
   if (g_AppType) engine->m_Settings = g_AppType->m_Settings;
+  engine->m_GetMaxFps = [] { return g_AppType ? g_AppType->m_MaxFps : 0.0f; };
+  engine->m_SetMaxFps = [](float fps) {
+    if (g_AppType) g_AppType->m_MaxFps = fps;
+  };
   return engine;
 }
 
@@ -69,7 +74,9 @@ bool CVelmorApp::Render() {
 
 bool CVelmorApp::Update(float dt) {
   TRACE_SCOPE("CVelmorApp::Update");
+  if (m_HostChannel) m_HostChannel->BeforeUpdate();
   if (m_Engine) m_Engine->Update(dt);
+  if (m_HostChannel) m_HostChannel->AfterUpdate();
   return true;
 }
 

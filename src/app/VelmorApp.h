@@ -8,6 +8,7 @@
 
 #include "app/UserApp3d.h"
 
+class CHostChannel;
 class IVelmorEngine;
 
 class CVelmorApp : public CUserApp3d {
@@ -46,6 +47,8 @@ class CVelmorApp : public CUserApp3d {
 
   std::string m_ProjectFile;
   bool m_IsScreensaver = true;
+  // Host commands arriving while the program runs (--listen); may be null.
+  std::unique_ptr<CHostChannel> m_HostChannel;
 
  private:
   EngineMaker m_MakeEngine;

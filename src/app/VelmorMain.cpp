@@ -9,12 +9,14 @@
 
 #include "app/AppTypeScreensaver.h"
 #include "app/Folders.h"
+#include "app/HostChannel.h"
 #include "app/VelmorApp.h"
 #include "audio/SoundAnalyzer.h"
 #include "audio/SoundFromFile.h"
 #include "core/Log.h"
 #include "engine/DemoEngine.h"
 #include "nodes/BuiltinNodes.h"
+#include "platform/LineChannel.h"
 #include "platform/Signals.h"
 #include "renderogl/RenderOGL.h"
 
@@ -41,6 +43,8 @@ void Usage(FILE *out) {
           "  --picture-every S    seconds between pictures\n"
           "  --demo [STEPS]       run the built-in demo graph without a window, printing each step\n"
           "  --audio FILE         hear a sound file (WAV, FLAC, ...) instead of capturing the machine's output\n"
+          "  --listen PATH        take XML command documents, one per line, on an owner-only Unix socket at PATH;\n"
+          "                       each line is answered with its frame's reply document on one line\n"
           "F9 saves a picture into the Screenshots folder of the user's folder.\n");
 }
 
@@ -59,7 +63,7 @@ int main(int argc, char **argv) {
   InstallShutdownSignals();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
-  std::string pictures, audio;
+  std::string pictures, audio, listen;
   for (int i = 1; i < argc; ++i) {
     const char *a = argv[i];
     if (!strcmp(a, "--help")) {
@@ -73,6 +77,8 @@ int main(int argc, char **argv) {
       pictures = argv[++i];
     } else if (!strcmp(a, "--audio") && i + 1 < argc) {
       audio = argv[++i];
+    } else if (!strcmp(a, "--listen") && i + 1 < argc) {
+      listen = argv[++i];
     } else if (!strcmp(a, "--picture-every") && i + 1 < argc) {
       every = atof(argv[++i]);
     } else {
@@ -82,7 +88,7 @@ int main(int argc, char **argv) {
   args = TranslateLinuxSwitches(args, getenv("XSCREENSAVER_WINDOW"));
 
   // Pictures and sound files are where the user pointed, not into the installation we change into.
-  for (std::string *path : {&pictures, &audio})
+  for (std::string *path : {&pictures, &audio, &listen})
     if (!path->empty() && (*path)[0] != '/') {
       char cwd[4096];
       if (getcwd(cwd, sizeof(cwd))) *path = std::string(cwd) + "/" + *path;
@@ -92,6 +98,14 @@ int main(int argc, char **argv) {
   if (!audio.empty() && !PlaySoundFile(g_Sound, audio)) fprintf(stderr, "velmor: %s\n", GetFirstError());
   {
     CVelmorApp app(&CVelmorApp::MakeVelmorEngine);
+    if (!listen.empty()) {
+      auto channel = OpenUnixSocketChannel(listen, CHostChannel::MaxLine);
+      if (!channel) {
+        fprintf(stderr, "velmor: %s\n", GetFirstError());
+        return 1;
+      }
+      app.m_HostChannel = std::make_unique<CHostChannel>(std::move(channel));
+    }
     CAppTypeScreensaver host(&app, [] { return std::make_unique<CRenderOGL>(); });
     host.m_AppPath = folders.appPath;
     host.m_UserPath = folders.userPath;

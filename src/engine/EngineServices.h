@@ -1,7 +1,7 @@
 #pragma once
 // What the engine reports to and runs on behalf of other parts: usage
-// statistics and queued host commands. Both do nothing until those parts
-// are installed.
+// statistics (nothing until that part is installed) and queued host
+// commands (the command engine; tests may put their own runner in).
 
 #include <string>
 

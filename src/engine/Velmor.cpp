@@ -9,6 +9,7 @@
 #include "core/Random.h"
 #include "core/Trace.h"
 #include "engine/SceneLayered.h"
+#include "engine/commands/Commands.h"
 #include "platform/MessageQueue.h"
 #include "render/Render.h"
 #include "scene/Scene.h"
@@ -17,13 +18,16 @@ namespace {
 constexpr int kMenuFirstScene = 0x94D4;
 }  // namespace
 
-CVelmor::CVelmor() : m_Stats(&m_NoStats), m_Commands(&m_NoCommands) {
+CVelmor::CVelmor() : m_Stats(&m_NoStats) {
   TRACE_SCOPE_LOGGED("CVelmor::CVelmor");
+  m_Commands = &*m_Script;
   m_NodeFactory->Init();
+  RegisterEngineCommands(*m_Script, this);
 }
 
 CVelmor::~CVelmor() {
   TRACE_SCOPE_LOGGED("CVelmor::~CVelmor");
+  m_Script->Unregister(this);
   Free();
 }
 
@@ -34,6 +38,7 @@ bool CVelmor::Init() {
   if (!m_NodesRegistered && m_RegisterEffectNodes) m_RegisterEffectNodes(*m_NodeFactory);
   m_NodesRegistered = true;
   m_Stats->Init();
+  Profiler().Restart();
   if (m_ConfigureSound) m_ConfigureSound(m_CaptureSound, m_MaxSilenceTime);
   return true;
 }
@@ -83,6 +88,7 @@ bool CVelmor::FrameFinished() {
   TRACE_SCOPE("CVelmor::FrameFinished");
   if (m_ActiveScene) m_ActiveScene->FrameFinished();
   m_Stats->FrameFinished();
+  Profiler().FrameFinished();
   return true;
 }
 

@@ -10,6 +10,7 @@
 #include "engine/EngineInterface.h"
 #include "engine/EngineServices.h"
 #include "engine/SceneChoice.h"
+#include "engine/ScriptEngine.h"
 #include "core/RunMode.h"
 #include "scene/NodeFactory.h"
 
@@ -61,6 +62,11 @@ class CVelmor : public IVelmorEngine {
   void BuildCombinations();
   static constexpr size_t MaxLayerCombinations = 4096;
 
+  // Host commands: queued from any thread, run in Update; replies as one
+  // line of XML, root vms.
+  bool AddCommands(const std::string &text) { return m_Script->AddCommands(text); }
+  std::string GetReplies() { return m_Script->GetReplies(); }
+
   void GetPresetName(int index, char *out) override;
   int GetPresetCount() override;
   void SelectPreset(int index) override;
@@ -104,6 +110,10 @@ class CVelmor : public IVelmorEngine {
   std::function<void(CNodeFactory &)> m_RegisterEffectNodes;
   IStats *m_Stats;
   ICommandRunner *m_Commands;
+  // The host's frame cap (0: none) and how to change it, for the
+  // configuration commands; unset where there is none.
+  std::function<float()> m_GetMaxFps;
+  std::function<void(float maxFps)> m_SetMaxFps;
 
  private:
   void LoadSerialized(CSerialize &s);
@@ -113,5 +123,5 @@ class CVelmor : public IVelmorEngine {
   int StandaloneIndex(int presetIndex) const;
 
   IStats m_NoStats;
-  ICommandRunner m_NoCommands;
+  CScriptEngineRef m_Script;
 };

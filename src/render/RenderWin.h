@@ -81,6 +81,9 @@ class CRenderWin : public CRender {
   virtual bool BeginMovie(const std::string &) { return false; }
   virtual void AddMovieFrame(int) {}
   virtual void EndMovie() {}
+  // The swap interval of every render window (1: wait for the display's
+  // refresh); nothing for a renderer without one.
+  virtual void SetSwapInterval(int) {}
   // The title is the application's name followed by " Visualizer".
   void SetAppName(const std::string &name);
   IWindowSystem *GetWindowSystem() const { return m_WindowSystem; }

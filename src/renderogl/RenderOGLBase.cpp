@@ -341,6 +341,12 @@ void CRenderOGLBase::ReadPixels(void *buffer) {
 
 std::string CRenderOGLBase::Screenshot(const std::string &path) { return m_Screenshot.Capture(path); }
 
+void CRenderOGLBase::SetSwapInterval(int interval) {
+  for (int i = 0; i < m_UnitCount; ++i)
+    if (const CRenderWindow *window = m_Units[static_cast<size_t>(i)].m_Window)
+      m_Context->SetSwapInterval(window->handle, interval);
+}
+
 int CRenderOGLBase::UnitOfWindow(int windowIndex) const {
   if (windowIndex < 0 || windowIndex >= static_cast<int>(m_Windows.size())) return -1;
   const CRenderWindow *window = &m_Windows[static_cast<size_t>(windowIndex)];

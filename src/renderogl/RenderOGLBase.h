@@ -52,6 +52,7 @@ class CRenderOGLBase : public CRenderWin {
   bool SwitchToRenderUnit(int index) override;
   void ReadPixels(void *buffer) override;
   std::string Screenshot(const std::string &path) override;
+  void SetSwapInterval(int interval) override;
   // From the pools of the device slot; null before GL first works.
   CRenderTarget *CreateRenderTarget(int width, int height, int depthFormat) override;
   void ReleaseTexture(CTexture *texture) override;
