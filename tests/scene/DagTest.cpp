@@ -12,11 +12,9 @@ namespace {
 class DagTest : public testing::Test {
  protected:
   DagTest() {
-    factory->AddNodeType(CTestRootNode::CreateInfo());
-    factory->AddNodeType(CTestDrawNode::CreateInfo());
-    factory->AddNodeType(CTestGroupNode::CreateInfo());
-    factory->AddNodeType(CTestMeshNode::CreateInfo());
-    factory->AddNodeType(CTestMeshUserNode::CreateInfo());
+    for (CNodeInfo *info : {CTestRootNode::CreateInfo(), CTestDrawNode::CreateInfo(), CTestGroupNode::CreateInfo(),
+                            CTestMeshNode::CreateInfo(), CTestMeshUserNode::CreateInfo()})
+      factory->AddNodeType(info);
     dag.m_Factory = &*factory;
   }
   template <typename N>
