@@ -34,15 +34,16 @@ std::string SceneDoc(const std::string &sceneAttrs, const std::string &nodes, co
 class SceneFile : public testing::Test {
  protected:
   SceneFile() {
-    factory->AddNodeType(CSinNode::CreateInfo());
-    factory->AddNodeType(CTestRootNode::CreateInfo());
-    factory->AddNodeType(CFeedbackSourceNode::CreateInfo());
+    for (CNodeInfo *info : {CSinNode::CreateInfo(), CTestRootNode::CreateInfo(), CFeedbackSourceNode::CreateInfo()})
+      factory->AddNodeType(info);
     SetAppPaths(dir.Path() + "/app", dir.Path() + "/user");
+    scene.m_Factory = &*factory;
   }
   ~SceneFile() override { SetAppPaths(".", "."); }
   CNodeFactoryRef factory;
   TempDir dir;
   CScopedFakeClock clock;
+  CScene scene;
 };
 }  // namespace
 
@@ -56,8 +57,6 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
                      "<Connection Out=\"Sin1.Value\" In=\"Sin2.Min\"/><Connection Out=\"Nope.Value\" In=\"Sin1.Min\"/>",
                      "<GoodScenes><Scene Name=\"Stars\"/></GoodScenes><BadScenes><Scene Name=\"Fire\"/></BadScenes>") +
                 "<Velmor><Scenes><Scene Name=\"Second\"/></Scenes></Velmor>");
-  CScene scene;
-  scene.m_Factory = &*factory;
   scene.m_File = "[apppath]scenes/a.vms";
   ASSERT_TRUE(scene.LoadExternal());
   EXPECT_EQ(scene.m_Name, "Waves");
@@ -83,8 +82,6 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
 
 TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoadAndFeedbackIsFound) {
   LogCapture log;
-  CScene scene;
-  scene.m_Factory = &*factory;
   EXPECT_TRUE(scene.LoadExternal());  // no file: complete already
   scene.m_File = dir / "none.vms";
   EXPECT_FALSE(scene.LoadExternal());
@@ -107,8 +104,6 @@ TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoadAndFeedbackIsFound) {
 
 TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   clock.clock.utc = WallTime{2031, 7, 9, 8, 4, 5, 0, 3};
-  CScene scene;
-  scene.m_Factory = &*factory;
   scene.m_Name = "S";
   scene.AddNode("Sin");
   scene.AddNode("Sin");
@@ -147,8 +142,6 @@ TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
 TEST_F(SceneFile, ProjectReferencesCarryFileNameAndRunTimeOnly) {
   TiXmlDocument doc;
   doc.Parse("<Scenes><Scene File=\"\" Name=\"Empty\" ShowTimeMax=\"12.5\"><Nodes><Node Type=\"Sin\"/></Nodes></Scene></Scenes>");
-  CScene scene;
-  scene.m_Factory = &*factory;
   CSerializeXMLLoad load(doc, doc.RootElement()->FirstChildElement("Scene"));
   load.m_Mode = SM_ProjectRef;
   scene.Serialize(load);
