@@ -140,7 +140,9 @@ TEST_P(SoundKernelSet, AlignmentChoosesWhatThePlainSearchChooses) {
       ASSERT_EQ(aligner.Offset(c), expected[c]) << "frame " << frame << " channel " << c;
       previousOffset[c] = expected[c];
       EXPECT_EQ(wave[c][479], previous[c][479 + expected[c]]) << "shown from the shift on";
-      if (expected[c] > 0) EXPECT_EQ(wave[c][575], 0.0f) << "what the shift leaves is zero";
+      if (expected[c] > 0) {
+        EXPECT_EQ(wave[c][575], 0.0f) << "what the shift leaves is zero";
+      }
     }
     distinct += aligner.Offset(0) != last;
     last = aligner.Offset(0);
