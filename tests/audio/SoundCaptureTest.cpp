@@ -31,13 +31,6 @@ class Capture : public testing::Test {
   void Release(const std::vector<SoundFrame *> &frames) {
     for (SoundFrame *f : frames) m_Capture.ReleaseFrame(f);
   }
-  // The single frame the polls filled; the one taken before goes back.
-  const SoundFrame &OnlyFrame() {
-    Release(m_Taken);
-    m_Taken = TakeFrames();
-    EXPECT_EQ(m_Taken.size(), 1u);
-    return m_Taken.empty() ? m_None : *m_Taken[0];
-  }
   // Left of pair n is n, right is -n - 1: every sample tells where it came from.
   static float Tag(int n, int c) { return c == 0 ? static_cast<float>(n) : static_cast<float>(-n - 1); }
 
@@ -45,8 +38,6 @@ class Capture : public testing::Test {
   LogCapture m_Log;
   CSoundCapture m_Capture;
   CSoundScriptedSource *m_Source = nullptr;
-  std::vector<SoundFrame *> m_Taken;
-  SoundFrame m_None{};
 };
 }  // namespace
 
@@ -59,19 +50,22 @@ TEST_F(Capture, PacketsAreSplitAcrossFramesInOrder) {
   // 1000 pairs onto a frame holding 100: that frame fills and 524 are left.
   m_Source->Queue(Samples(1000, 2, Tag, 100));
   ASSERT_TRUE(Poll());
-  const SoundFrame *frame = &OnlyFrame();
-  EXPECT_EQ(frame->count, 576);
+  auto frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->count, 576);
   for (int n = 0; n < 576; ++n) {
-    ASSERT_EQ(frame->samples[2 * n], Tag(n, 0)) << n;
-    ASSERT_EQ(frame->samples[2 * n + 1], Tag(n, 1)) << n;
+    ASSERT_EQ(frames[0]->samples[2 * n], Tag(n, 0)) << n;
+    ASSERT_EQ(frames[0]->samples[2 * n + 1], Tag(n, 1)) << n;
   }
+  Release(frames);
 
   // 52 more complete the second frame, which starts where the first ended.
   m_Source->Queue(Samples(52, 2, Tag, 1100));
   Poll();
-  frame = &OnlyFrame();
-  EXPECT_EQ(frame->samples[0], Tag(576, 0));
-  EXPECT_EQ(frame->samples[2 * 575 + 1], Tag(1151, 1));
+  frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->samples[0], Tag(576, 0));
+  EXPECT_EQ(frames[0]->samples[2 * 575 + 1], Tag(1151, 1));
   EXPECT_EQ(m_Capture.TotalFrames(), 1152u);
 }
 
@@ -126,13 +120,17 @@ TEST_F(Capture, SilenceIsATestOnTheSignedSumOfAPacket) {
   EXPECT_FALSE(m_Capture.IsSilent());
   Poll();
   EXPECT_TRUE(m_Capture.IsSilent());
-  const SoundFrame *frame = &OnlyFrame();
-  EXPECT_EQ(frame->count, 0);
-  for (float s : frame->samples) ASSERT_EQ(s, 0.0f);
+  auto frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->count, 0);
+  for (float s : frames[0]->samples) ASSERT_EQ(s, 0.0f);
+  Release(frames);
   m_Source->Queue(Samples(576, 2, Tag, 7));
   Poll();
-  frame = &OnlyFrame();
-  EXPECT_EQ(frame->samples[0], Tag(7, 0)) << "new data starts a new frame";
+  frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->samples[0], Tag(7, 0)) << "new data starts a new frame";
+  Release(frames);
 
   // Loud but balanced left against right: silent all the same.
   m_Source->Queue(Samples(200, 2, [](int, int c) { return c == 0 ? 0.8f : -0.8f; }));
@@ -148,16 +146,19 @@ TEST_F(Capture, SilenceIsATestOnTheSignedSumOfAPacket) {
   m_Source->QueueSilent(576);
   Poll();
   EXPECT_TRUE(m_Capture.IsSilent());
-  frame = &OnlyFrame();
-  EXPECT_EQ(frame->count, 576);
-  for (int i = 2 * 400; i < 1152; ++i) ASSERT_EQ(frame->samples[i], 0.0f);
+  frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->count, 576);
+  for (int i = 2 * 400; i < 1152; ++i) ASSERT_EQ(frames[0]->samples[i], 0.0f);
+  Release(frames);
   m_Source->Queue(Samples(10, 2, Tag));
   Poll();
   m_Source->QueueSilent(0);
   EXPECT_FALSE(Poll());
   EXPECT_TRUE(m_Capture.IsSilent());
-  frame = &OnlyFrame();
-  EXPECT_EQ(frame->count, 0);
+  frames = TakeFrames();
+  ASSERT_EQ(frames.size(), 1u);
+  EXPECT_EQ(frames[0]->count, 0);
 }
 
 TEST_F(Capture, FramesCirculateWithoutGrowingThePool) {
