@@ -57,18 +57,18 @@ TEST(RecordRender, CleanupInvalidatesThroughTheClient) {
   EXPECT_EQ(invalidated, 1);
 }
 
-TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
+// The batch and mesh tests read buffer contents back and see releases; this
+// pins what they do not: each draw's record and a lock's orphaning.
+TEST(RecordRender, DrawsRecordSizeAndWorldAndALockOrphansTheContents) {
   CRecordRender render;
   CVertexBuffer *vb = render.CreateVertexBuffer(4, VBF_DYNAMIC, VBF_PCT);
   CIndexBuffer *ib = render.CreateIndexBuffer(6, 0);
   ASSERT_TRUE(vb && ib);
-  EXPECT_EQ(vb->m_Stride, 24);
   auto *v = static_cast<VertexPCT *>(vb->Lock());
   for (int i = 0; i < 4; ++i) v[i] = {float(i), 0, 0, 0.5f, 1, PackColor(1, 0, 0, 1)};
   vb->Unlock();
-  uint16_t *idx = ib->Lock();
   const uint16_t quad[6] = {0, 1, 2, 2, 1, 3};
-  std::copy(quad, quad + 6, idx);
+  std::copy(quad, quad + 6, ib->Lock());
   ib->Unlock();
 
   render.SetTransform(TS_World, TranslationMatrix(0, 0, 5));
@@ -80,12 +80,6 @@ TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
   ASSERT_EQ(render.m_Draws.size(), 2u);
   EXPECT_EQ(std::make_pair(render.m_Draws[0].vertices, render.m_Draws[1].vertices), std::make_pair(4, 6));
   EXPECT_EQ(std::make_pair(render.m_Draws[1].indexBuffer, render.m_Draws[1].world.m[14]), std::make_pair(1, 5.0f));
-  EXPECT_EQ(render.Calls("DrawPrimitive"), (std::vector<std::string>{"DrawPrimitive 5 0 2"}));
-
-  const VertexPCT *read = render.VertexBuffer(1)->Vertices<VertexPCT>();
-  EXPECT_EQ(read[3].x, 3.0f);
-  EXPECT_EQ(read[3].color, 0xFF0000FFu);
-  EXPECT_EQ(render.IndexBuffer(1)->Indices()[5], 3);
 
   // A new lock abandons the old contents, as an orphaned GPU buffer does.
   vb->Lock();
@@ -93,7 +87,6 @@ TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
   vb->Unlock();
   vb->Release();
   ib->Release();
-  EXPECT_EQ(render.VertexBuffer(1), nullptr);
   EXPECT_EQ(render.Calls("Release"), (std::vector<std::string>{"Release vb1", "Release ib1"}));
 }
 
