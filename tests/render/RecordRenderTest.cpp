@@ -43,7 +43,7 @@ TEST(RecordRender, FrameDrawsEachUnitThenPresentsAllThenFinishes) {
   render.DrawPrimitive(PT_TriangleList, 0, 1);
   render.Render3DEnvironment(false);
   EXPECT_TRUE(render.m_Calls.empty() && render.m_Draws.empty() && render.m_Faults.empty());
-  EXPECT_EQ(render.m_Frames, 4);
+  EXPECT_EQ(render.m_Frames, 5);
 }
 
 TEST(RecordRender, CleanupInvalidatesThroughTheClient) {
