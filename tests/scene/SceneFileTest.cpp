@@ -59,11 +59,8 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
                 "<Velmor><Scenes><Scene Name=\"Second\"/></Scenes></Velmor>");
   scene.m_File = "[apppath]scenes/a.vms";
   ASSERT_TRUE(scene.LoadExternal());
-  EXPECT_EQ(scene.m_Name, "Waves");
-  EXPECT_EQ(scene.m_Author, "me");
+  EXPECT_EQ(std::tie(scene.m_Name, scene.m_Author, scene.m_SceneType, scene.m_Version), std::make_tuple("Waves", "me", 4u, 3));
   EXPECT_FLOAT_EQ(scene.m_WarmupTime, 2.5f);
-  EXPECT_EQ(scene.m_SceneType, 4u);
-  EXPECT_EQ(scene.m_Version, 3);
   EXPECT_EQ(FormatSceneDate(scene.m_Created), "20100304 17:05");
   EXPECT_EQ(scene.m_LastModified.year, 0);  // too short: not set
   ASSERT_EQ(scene.m_Nodes.size(), 3u);      // Bogus and the type-less node skipped
