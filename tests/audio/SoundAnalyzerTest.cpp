@@ -69,12 +69,11 @@ TEST(SoundAnalysis, BandLimitsNormalisationAndLevel) {
   auto noise = [](int n, int c) { return static_cast<float>(std::sin(n * 12.9898 + c * 78.233) * 0.6); };
   analyzer->ProcessFrame(MakeFrame(noise), 60);
   const double norm[3] = {0.32678157, 0.38087377, 0.19988893};
-  const int edges[4] = {9, 35, 134, 512};
   for (int c = 0; c < 2; ++c)
     for (int b = 0; b < 3; ++b) {
       double sum = 0;
-      for (int i = edges[b]; i < edges[b + 1]; ++i) sum += analyzer->m_Spectrum[c][i];
-      EXPECT_NEAR(analyzer->m_Bands[0][c][b], sum / (edges[b + 1] - edges[b]) / norm[b], 1e-4) << c << b;
+      for (int i = limits[b]; i < limits[b + 1]; ++i) sum += analyzer->m_Spectrum[c][i];
+      EXPECT_NEAR(analyzer->m_Bands[0][c][b], sum / (limits[b + 1] - limits[b]) / norm[b], 1e-4) << c << b;
     }
   const float (&v)[2][3] = analyzer->m_Bands[0];
   EXPECT_FLOAT_EQ(analyzer->m_Level, (v[0][0] + v[0][1] + v[1][0] + v[1][1]) * 0.25f);
@@ -91,10 +90,7 @@ TEST(SoundAnalysis, SmoothingFollowsTheFrameRate) {
   const float loud = 8.0f;
   for (float fps : {60.0f, 30.0f}) {
     auto a = std::make_unique<CSoundAnalyzer>();
-    for (int s = 1; s < 4; ++s) EXPECT_EQ(a->m_Bands[s][1][2], 1.0f);
-    EXPECT_EQ(a->m_Bands[0][1][2], 0.0f);
-
-    // Silence: every speed falls from its start of 1 by its own rate.
+    // Silence: every smoothed speed falls from its start of 1 by its own rate.
     a->ProcessFrame(MakeFrame([](int, int) { return 0.0f; }), fps);
     const double e = 14.0 / fps;
     EXPECT_NEAR(a->m_Bands[1][0][0], std::pow(0.5, e), 1e-5);
@@ -113,15 +109,11 @@ TEST(SoundAnalysis, SmoothingFollowsTheFrameRate) {
 
 TEST(SoundAnalysis, ReadersLimitTheirArguments) {
   auto a = std::make_unique<CSoundAnalyzer>();
-  EXPECT_EQ(a->GetWaveform(0, 0.5f), 0.0f) << "nothing analysed yet";
-  EXPECT_EQ(a->GetSpectrum(0, 0.5f), 0.0f);
+  EXPECT_TRUE(a->GetWaveform(0, 0.5f) == 0.0f && a->GetSpectrum(0, 0.5f) == 0.0f) << "nothing analysed yet";
 
   a->ProcessFrame(MakeFrame([](int n, int c) { return c == 0 ? OnBin(n, 30, 0.2) : static_cast<float>(n) / 1000.0f; }), 60);
   const auto &w = a->m_Waveform;
-  EXPECT_EQ(a->GetWaveform(2, 0.5f), 0.0f);
-  EXPECT_EQ(a->GetWaveform(-2, 0.5f), 0.0f);
-  EXPECT_EQ(a->GetSpectrum(-2, 0.5f), 0.0f);
-  EXPECT_EQ(a->GetSpectrum(2, 0.5f), 0.0f);
+  for (int c : {2, -2}) EXPECT_TRUE(a->GetWaveform(c, 0.5f) == 0.0f && a->GetSpectrum(c, 0.5f) == 0.0f) << c;
   EXPECT_FLOAT_EQ(a->GetWaveform(1, -1.0f), w[1][0]);
   EXPECT_FLOAT_EQ(a->GetWaveform(1, 2.0f), w[1][479]);
   EXPECT_FLOAT_EQ(a->GetWaveform(1, NAN), w[1][0]);
@@ -136,9 +128,7 @@ TEST(SoundAnalysis, ReadersLimitTheirArguments) {
   EXPECT_NE(a->GetSpectrum(1, 0.1f), a->GetSpectrum(0, 0.1f));
 
   EXPECT_EQ(a->Band(0, 0, 1), a->m_Bands[0][0][1]);
-  EXPECT_EQ(a->Band(4, 0, 0), 0.0f);
-  EXPECT_EQ(a->Band(0, 2, 0), 0.0f);
-  EXPECT_EQ(a->Band(0, 0, -1), 0.0f);
+  EXPECT_TRUE(a->Band(4, 0, 0) == 0.0f && a->Band(0, 2, 0) == 0.0f && a->Band(0, 0, -1) == 0.0f);
   EXPECT_EQ(a->FrameCounter(), 1);
 }
 

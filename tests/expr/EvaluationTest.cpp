@@ -16,9 +16,7 @@ using ExprTest::Language;
 template <class E>
 class EvaluationOrder : public ::testing::Test {
  protected:
-  void Expect(std::initializer_list<ExprTest::Case> cases) {
-    for (const ExprTest::Case &c : cases) EXPECT_DOUBLE_EQ(l.Eval(c.text), c.value) << c.text;
-  }
+  void Expect(std::initializer_list<ExprTest::Case> cases) { ExprTest::ExpectValues<E>(cases); }
   Language<E> l;
 };
 using Both = ::testing::Types<ExprEval::Expression, CountingExpression>;

@@ -88,18 +88,16 @@ inline Failure FailureOf(const std::string &text) {
 
 inline std::string MessageOf(const std::string &text) { return FailureOf(text).message; }
 
-inline double Eval(const std::string &text) {
-  Language<> language;
-  return language.Eval(text);
-}
+inline double Eval(const std::string &text) { return Language<>().Eval(text); }
 
 // Each text evaluates (in a fresh language) to its value.
 struct Case {
   const char *text;
   double value;
 };
-inline void ExpectValues(std::initializer_list<Case> cases) {
-  for (const Case &c : cases) EXPECT_DOUBLE_EQ(Eval(c.text), c.value) << c.text;
+template <class E = ExprEval::Expression>
+void ExpectValues(std::initializer_list<Case> cases) {
+  for (const Case &c : cases) EXPECT_DOUBLE_EQ(Language<E>().Eval(c.text), c.value) << c.text;
 }
 
 // Each text fails with its message.

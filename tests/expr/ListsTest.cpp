@@ -82,10 +82,9 @@ TEST(Exceptions, MissingLists) {
     }
     return 0;
   };
-  EXPECT_EQ(failureOf("1 + 2"), 0);
-  EXPECT_EQ(failureOf("x"), Exception::NoValueList);
-  EXPECT_EQ(failureOf("x = 1"), Exception::NoValueList);
-  EXPECT_EQ(failureOf("sin(1)"), Exception::NoFunctionList);
+  for (auto [text, type] : {std::pair{"1 + 2", 0}, {"x", Exception::NoValueList}, {"x = 1", Exception::NoValueList},
+                            {"sin(1)", Exception::NoFunctionList}})
+    EXPECT_EQ(failureOf(text), type) << text;
   FunctionList functions;
   functions.AddDefaultFunctions();
   bare.SetFunctionList(&functions);

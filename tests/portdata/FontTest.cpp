@@ -69,7 +69,7 @@ struct LoadedFont {
 };
 }  // namespace
 
-TEST(Font, MetricsKerningAndTheDefaultGlyph) {
+TEST(Font, MetricsKerningTheDefaultGlyphAndLineLayout) {
   LoadedFont f(FontBytes::Standard().bytes);
   ASSERT_EQ(f.result, 0);
   EXPECT_FLOAT_EQ(f.font.m_Scale, 0.05f);
@@ -86,10 +86,7 @@ TEST(Font, MetricsKerningAndTheDefaultGlyph) {
   EXPECT_FLOAT_EQ(q.v[0].x - q.v[1].x, 10 * 0.05f);      // the default glyph's width
   EXPECT_FLOAT_EQ(q.v[1].u, 50.0f / 256);                 // and its place in the picture
   EXPECT_FLOAT_EQ(q.v[1].y, (16 - 4) * 0.05f);            // base above the pen, less yoffset
-}
-
-TEST(Font, WriteLinesAlignsEachLineAndDropsEmptyLines) {
-  LoadedFont f(FontBytes::Standard().bytes);
+  f.Lefts();  // WriteLines from an empty batch: each line aligned, empty lines dropped
   const float av = f.font.GetTextWidth("AV", 0), a = f.font.GetTextWidth("A", 0), off = 0.05f;  // xoffset 1 px
   const struct {
     int align;

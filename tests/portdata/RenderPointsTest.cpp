@@ -3,15 +3,20 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <numbers>
 
 #include "render/RecordRender.h"
 
 namespace {
-void ExpectCorner(const VertexPCT &v, float x, float y, float z, float u, float tv) {
-  const float got[] = {v.x, v.y, v.z}, want[] = {x, y, z};
-  for (int i = 0; i < 3; ++i) EXPECT_NEAR(got[i], want[i], 1e-6f) << "axis " << i;
-  EXPECT_EQ(std::make_pair(v.u, v.v), std::make_pair(u, tv));
+// Corners from v[first] on, each as x, y, z, u, v.
+void ExpectCorners(const VertexPCT *v, int first, std::initializer_list<std::array<float, 5>> corners) {
+  for (const auto &c : corners) {
+    const VertexPCT &got = v[first++];
+    const float xyz[] = {got.x, got.y, got.z};
+    for (int i = 0; i < 3; ++i) EXPECT_NEAR(xyz[i], c[i], 1e-6f) << "corner " << first - 1 << " axis " << i;
+    EXPECT_EQ(std::make_pair(got.u, got.v), std::make_pair(c[3], c[4])) << "corner " << first - 1;
+  }
 }
 
 struct RenderPoints : testing::Test {
@@ -66,10 +71,7 @@ TEST_F(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
                                                                    "DrawIndexedPrimitive 5 400 598"}));
   // Identity view: right is +x, up is +y.
   const VertexPCT *v = Vertices(1);
-  ExpectCorner(v[0], 0.5f, 1.5f, 3, 0, 0);
-  ExpectCorner(v[1], 1.5f, 1.5f, 3, 1, 0);
-  ExpectCorner(v[2], 0.5f, 2.5f, 3, 0, 1);
-  ExpectCorner(v[3], 1.5f, 2.5f, 3, 1, 1);
+  ExpectCorners(v, 0, {{0.5f, 1.5f, 3, 0, 0}, {1.5f, 1.5f, 3, 1, 0}, {0.5f, 2.5f, 3, 0, 1}, {1.5f, 2.5f, 3, 1, 1}});
   EXPECT_EQ(v[3].color, 0x80FFFFFFu);
 
   // A view turned a quarter about z: right and up are the view's columns,
@@ -78,11 +80,7 @@ TEST_F(RenderPoints, TexturedPointsFaceTheCameraThroughTheWorldViewColumns) {
   points.SetSize(1, PRIM_Texture);
   points.Sprites()[0] = {0, 0, 0, 0, 1, 1, 1};
   points.Draw(&render);
-  v = Vertices(3);
-  ExpectCorner(v[0], -1, 1, 0, 0, 0);
-  ExpectCorner(v[1], -1, -1, 0, 1, 0);
-  ExpectCorner(v[2], 1, 1, 0, 0, 1);
-  ExpectCorner(v[3], 1, -1, 0, 1, 1);
+  ExpectCorners(Vertices(3), 0, {{-1, 1, 0, 0, 0}, {-1, -1, 0, 1, 0}, {1, 1, 0, 0, 1}, {1, -1, 0, 1, 1}});
 }
 
 TEST_F(RenderPoints, AxisTexturedPointsMakeThreeQuadsEach) {
@@ -93,12 +91,10 @@ TEST_F(RenderPoints, AxisTexturedPointsMakeThreeQuadsEach) {
   EXPECT_EQ(render.Calls("DrawIndexed"), (std::vector<std::string>{"DrawIndexedPrimitive 5 2400 3598",
                                                                    "DrawIndexedPrimitive 5 600 898"}));
   const VertexPCT *v = Vertices(1);
-  ExpectCorner(v[0], -1, 2, 0, 0, 0);  // z fixed
-  ExpectCorner(v[3], 1, -2, 0, 1, 1);
-  ExpectCorner(v[4], -1, 0, 3, 0, 0);  // y fixed
-  ExpectCorner(v[7], 1, 0, -3, 1, 1);
-  ExpectCorner(v[8], 0, -2, 3, 0, 0);  // x fixed
-  ExpectCorner(v[11], 0, 2, -3, 1, 1);
+  ExpectCorners(v, 0, {{-1, 2, 0, 0, 0}});  // z fixed
+  ExpectCorners(v, 3, {{1, -2, 0, 1, 1}, {-1, 0, 3, 0, 0}});  // y fixed from v[4]
+  ExpectCorners(v, 7, {{1, 0, -3, 1, 1}, {0, -2, 3, 0, 0}});  // x fixed from v[8]
+  ExpectCorners(v, 11, {{0, 2, -3, 1, 1}});
 }
 
 TEST_F(RenderPoints, ObjectTypeAndStaleRingsDrawNothing) {

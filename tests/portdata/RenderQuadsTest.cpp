@@ -75,17 +75,9 @@ TEST(RenderQuads, ChunksDrawAsJoinedStripsThroughTheRing) {
   EXPECT_EQ(render.Calls("DrawIndexedPrimitive"),
             (std::vector<std::string>{"DrawIndexedPrimitive 5 4000 5998", "DrawIndexedPrimitive 5 4000 5998",
                                       "DrawIndexedPrimitive 5 2000 2998"}));
-  ASSERT_EQ(render.m_Draws.size(), 3u);
-  for (int i = 0; i < 3; ++i)
-    EXPECT_EQ(std::make_pair(render.m_Draws[i].vertexBuffer, render.m_Draws[i].indexBuffer), std::make_pair(i + 1, 1));
+  // The ring turns as the line test pins; the second chunk went to vb2.
   EXPECT_EQ(render.VertexBuffer(2)->Vertices<VertexPCT>()[4].x, 1001.0f);
   EXPECT_TRUE(render.m_Faults.empty()) << render.m_Faults.front();
-
-  quads.SetCount(2);
-  quads.SetDrawCount(1);
-  render.ClearCalls();
-  quads.Draw(&render);
-  EXPECT_EQ(render.Calls("DrawIndexedPrimitive"), (std::vector<std::string>{"DrawIndexedPrimitive 5 4 4"}));
   quads.InvalidateDevice(&render);
   EXPECT_EQ(render.IndexBuffer(1), nullptr);
 }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace {
 void ExpectNear(const CMatrix &a, const CMatrix &b, float tolerance = 1e-5f) {
@@ -49,10 +50,7 @@ TEST(Matrix, AffineInverseUndoesRigidMatricesOnly) {
   odd.m[3] = 0.5f;
   odd.m[11] = 0.25f;
   CMatrix inv = AffineInverse(odd);
-  EXPECT_EQ(inv.m[3], 0.0f);
-  EXPECT_EQ(inv.m[11], 0.0f);
-  EXPECT_EQ(inv.m[15], 1.0f);
-  EXPECT_EQ(inv.m[0], 2.0f);
+  EXPECT_EQ(std::make_tuple(inv.m[3], inv.m[11], inv.m[15], inv.m[0]), std::make_tuple(0.0f, 0.0f, 1.0f, 2.0f));
 }
 
 TEST(Camera, LookAtBuildsALeftHandedView) {

@@ -37,6 +37,13 @@ TEST(RecordRender, FrameDrawsEachUnitThenPresentsAllThenFinishes) {
   render.SetUnits({});
   render.Render3DEnvironment(false);
   EXPECT_EQ(render.m_Calls, (std::vector<std::string>{"Render3DEnvironment 0", "finished"}));
+
+  render.ClearCalls();
+  render.m_Recording = false;  // counts frames, stores nothing
+  render.DrawPrimitive(PT_TriangleList, 0, 1);
+  render.Render3DEnvironment(false);
+  EXPECT_TRUE(render.m_Calls.empty() && render.m_Draws.empty() && render.m_Faults.empty());
+  EXPECT_EQ(render.m_Frames, 5);
 }
 
 TEST(RecordRender, CleanupInvalidatesThroughTheClient) {
@@ -50,18 +57,18 @@ TEST(RecordRender, CleanupInvalidatesThroughTheClient) {
   EXPECT_EQ(invalidated, 1);
 }
 
-TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
+// The batch and mesh tests read buffer contents back and see releases; this
+// pins what they do not: each draw's record and a lock's orphaning.
+TEST(RecordRender, DrawsRecordSizeAndWorldAndALockOrphansTheContents) {
   CRecordRender render;
   CVertexBuffer *vb = render.CreateVertexBuffer(4, VBF_DYNAMIC, VBF_PCT);
   CIndexBuffer *ib = render.CreateIndexBuffer(6, 0);
   ASSERT_TRUE(vb && ib);
-  EXPECT_EQ(vb->m_Stride, 24);
   auto *v = static_cast<VertexPCT *>(vb->Lock());
   for (int i = 0; i < 4; ++i) v[i] = {float(i), 0, 0, 0.5f, 1, PackColor(1, 0, 0, 1)};
   vb->Unlock();
-  uint16_t *idx = ib->Lock();
   const uint16_t quad[6] = {0, 1, 2, 2, 1, 3};
-  std::copy(quad, quad + 6, idx);
+  std::copy(quad, quad + 6, ib->Lock());
   ib->Unlock();
 
   render.SetTransform(TS_World, TranslationMatrix(0, 0, 5));
@@ -73,12 +80,6 @@ TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
   ASSERT_EQ(render.m_Draws.size(), 2u);
   EXPECT_EQ(std::make_pair(render.m_Draws[0].vertices, render.m_Draws[1].vertices), std::make_pair(4, 6));
   EXPECT_EQ(std::make_pair(render.m_Draws[1].indexBuffer, render.m_Draws[1].world.m[14]), std::make_pair(1, 5.0f));
-  EXPECT_EQ(render.Calls("DrawPrimitive"), (std::vector<std::string>{"DrawPrimitive 5 0 2"}));
-
-  const VertexPCT *read = render.VertexBuffer(1)->Vertices<VertexPCT>();
-  EXPECT_EQ(read[3].x, 3.0f);
-  EXPECT_EQ(read[3].color, 0xFF0000FFu);
-  EXPECT_EQ(render.IndexBuffer(1)->Indices()[5], 3);
 
   // A new lock abandons the old contents, as an orphaned GPU buffer does.
   vb->Lock();
@@ -86,7 +87,6 @@ TEST(RecordRender, BuffersAreMemoryThatTestsReadBack) {
   vb->Unlock();
   vb->Release();
   ib->Release();
-  EXPECT_EQ(render.VertexBuffer(1), nullptr);
   EXPECT_EQ(render.Calls("Release"), (std::vector<std::string>{"Release vb1", "Release ib1"}));
 }
 
@@ -121,31 +121,23 @@ TEST(RecordRender, ReportsDrawsThatAGpuWouldReadGarbageFrom) {
   ib->Release();
 }
 
+// Dimensions and texel counts are pinned by the GL texture test.
 TEST(RecordRender, TexturesKeepAHostCopyUntilReleased) {
   CRecordRender render;
   CTexture *tex = render.CreateTexture(4, 2, 0, TF_A8R8G8B8, TT_Normal);
-  CTexture *line = render.CreateTexture(8, 0, 0, TF_A8R8G8B8, TT_Dynamic);
-  CTexture *volume = render.CreateTexture(4, 4, 4, TF_A8R8G8B8, TT_Dynamic);
   CTexture *target = render.CreateTexture(16, 16, 0, TF_A8R8G8B8, TT_RenderTarget);
-  // A height of 0 is 1D, a depth makes 3D.
-  EXPECT_EQ((std::vector<int>{tex->Dimension(), line->Dimension(), volume->Dimension()}), (std::vector<int>{2, 1, 3}));
-  EXPECT_EQ((std::vector<int>{line->TexelCount(), volume->TexelCount()}), (std::vector<int>{8, 64}));
   EXPECT_TRUE(target->m_Flags & TEXF_RenderTarget);
-
   uint32_t pixels[8];
   for (uint32_t i = 0; i < 8; ++i) pixels[i] = 0x01020300u + i;
   tex->Fill(pixels);
-  line->Fill(pixels);
   auto *recorded = render.Texture(1);
   EXPECT_EQ(recorded->m_Pixels[7], 0x01020307u);
   EXPECT_EQ(recorded->m_Uploads, 1);
-  EXPECT_EQ(render.Texture(2)->m_Pixels[7], 0x01020307u);
-
   render.CopyToTexture(target, 0, 0, 1, 1);
   EXPECT_TRUE(target->m_Flags & TEXF_Copied);
   tex->Release();
   EXPECT_TRUE(recorded->m_Pixels.empty());
-  for (CTexture *t : {tex, line, volume, target}) {
+  for (CTexture *t : {tex, target}) {
     t->Release();
     delete t;
   }
@@ -173,20 +165,8 @@ TEST(RecordRender, TargetsNestRestoreTheRectsAndComeBackForTheirSize) {
   render.ReleaseTexture(outer->m_Color);
   render.ReleaseTexture(inner->m_Color);
   EXPECT_NE(render.CreateRenderTarget(16, 8, 0), outer);
-  EXPECT_EQ(render.CreateRenderTarget(4, 2, 0), inner);
-  render.m_FailTargets = true;
-  EXPECT_EQ(render.CreateRenderTarget(4, 2, 0), nullptr);
+  EXPECT_EQ(render.CreateRenderTarget(4, 2, 0), inner);  // failing targets: the layer draw test
   EXPECT_EQ(render.Calls("ReleaseTarget"), (std::vector<std::string>{"ReleaseTarget held", "ReleaseTarget pooled"}));
   render.Render3DEnvironment(false);
   EXPECT_TRUE(render.m_Faults.empty()) << render.m_Faults.front();
-}
-
-TEST(RecordRender, RecordingOffStoresNothing) {
-  CRecordRender render;
-  render.m_Recording = false;
-  render.SetVertexBuffer(nullptr);
-  render.DrawPrimitive(PT_TriangleList, 0, 1);
-  render.Render3DEnvironment(false);
-  EXPECT_TRUE(render.m_Calls.empty() && render.m_Draws.empty() && render.m_Faults.empty());
-  EXPECT_EQ(render.m_Frames, 1);
 }

@@ -1,20 +1,12 @@
 // The render state record and its stack, viewports and draw counts: what
 // nodes and render targets rely on to leave the device as they found it.
-#include "core/Log.h"
 #include "render/RecordRender.h"
+#include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 std::vector<std::string> StateCalls(const CRecordRender &render) { return render.Calls("SetRenderState"); }
-
-struct ErrorCounter {
-  ErrorCounter() {
-    SetLogSink([](const char *, bool isError, void *user) { *static_cast<int *>(user) += isError ? 1 : 0; }, &errors);
-  }
-  ~ErrorCounter() { SetLogSink(nullptr, nullptr); }
-  int errors = 0;
-};
 }  // namespace
 
 TEST(RenderStates, StartAtTheDefaultsAndSetWritesRecordThenDevice) {
@@ -29,10 +21,10 @@ TEST(RenderStates, StartAtTheDefaultsAndSetWritesRecordThenDevice) {
   EXPECT_EQ(render.m_States[RS_SrcBlend], BLEND_SrcAlpha);
   EXPECT_STREQ(g_BlendNames[BLEND_InvSrcAlpha], "Inv src alpha");
 
-  ErrorCounter log;
+  LogCapture log;
   render.SetState(RS_Count, 1);
   render.SetState(0, 1);
-  EXPECT_EQ(log.errors, 2);
+  EXPECT_EQ(log.errors.size(), 2u);
   EXPECT_EQ(StateCalls(render).size(), 2u);
 }
 
@@ -60,10 +52,10 @@ TEST(RenderStates, PopRestoresTheRecordAndReappliesAllTwelve) {
   EXPECT_EQ(calls.back(), "SetRenderState 12 0");
   EXPECT_EQ(render.m_States, DefaultRenderStates());
 
-  ErrorCounter log;
+  LogCapture log;
   render.ClearCalls();
   render.PopRenderState();
-  EXPECT_EQ(log.errors, 1);
+  EXPECT_EQ(log.errors.size(), 1u);
   EXPECT_TRUE(render.m_Calls.empty());
 }
 

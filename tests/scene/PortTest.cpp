@@ -43,9 +43,7 @@ TEST(PortText, EveryValueTypeReadsAndWritesItsForm) {
   ExpectTexts(v, {{"1 2", "1 2 3"} /* not all three: untouched */, {"4.5 -9 0.25", "4.5 -5 0.25"}});
   EXPECT_EQ(v.GetText("Y"), "-5");
   EXPECT_EQ(v.GetText("q"), "");
-  v.SetText("z", "9");
-  v.SetText("w", "1");
-  v.SetText("x", "abc");
+  for (auto [component, text] : {std::pair{"z", "9"}, {"w", "1"}, {"x", "abc"}}) v.SetText(component, text);
   EXPECT_EQ(v.GetText(), "4.5 -5 5");
 
   CPortColor c("C", "", {0, 0, 0, 1}, {0, 0, 0, 0}, {1, 1, 1, 1});
@@ -53,9 +51,7 @@ TEST(PortText, EveryValueTypeReadsAndWritesItsForm) {
   CPortString s("S", "", "abc");
   ExpectTexts(s, {{"x = 1; y = 2", "x = 1; y = 2"}});
   CPortTexture t("T", "");
-  EXPECT_EQ(t.GetText(), "<Missing>");
-  t.SetText("ignored");
-  EXPECT_EQ(t.m_Value, nullptr);
+  ExpectTexts(t, {{"ignored", "<Missing>"}});
 }
 
 TEST(PortRect, SubPortsNamesRangesAndText) {
@@ -83,8 +79,7 @@ TEST(PortConnection, TypeRuleWithItsErrorText) {
   CPortFloat f("F", "", 0, 0, 0, 1);
   EXPECT_TRUE(ConnectPorts(&b, &f));
   EXPECT_EQ(f.m_Source, &b);
-  EXPECT_TRUE(f.IsConnected());
-  EXPECT_TRUE(b.IsConnected());
+  EXPECT_TRUE(f.IsConnected() && b.IsConnected());
 
   CPortMesh out("M", ""), in("M", "");
   out.m_IsInput = false;
@@ -160,8 +155,7 @@ TEST(PortPull, ChangeFlagsAndUnconnectedPorts) {
   ConnectPorts(src.Out(), &f);
   ConnectPorts(src.Out(), &i);
   src.Out()->m_Changed = false;
-  f.m_Changed = true;
-  i.m_Changed = true;
+  f.m_Changed = i.m_Changed = true;
   f.Update(0);
   i.Update(0);
   EXPECT_FALSE(f.m_Changed);  // a Float port takes the source's flag, also false

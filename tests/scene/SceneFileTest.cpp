@@ -34,15 +34,16 @@ std::string SceneDoc(const std::string &sceneAttrs, const std::string &nodes, co
 class SceneFile : public testing::Test {
  protected:
   SceneFile() {
-    factory->AddNodeType(CSinNode::CreateInfo());
-    factory->AddNodeType(CTestRootNode::CreateInfo());
-    factory->AddNodeType(CFeedbackSourceNode::CreateInfo());
+    for (CNodeInfo *info : {CSinNode::CreateInfo(), CTestRootNode::CreateInfo(), CFeedbackSourceNode::CreateInfo()})
+      factory->AddNodeType(info);
     SetAppPaths(dir.Path() + "/app", dir.Path() + "/user");
+    scene.m_Factory = &*factory;
   }
   ~SceneFile() override { SetAppPaths(".", "."); }
   CNodeFactoryRef factory;
   TempDir dir;
   CScopedFakeClock clock;
+  CScene scene;
 };
 }  // namespace
 
@@ -56,15 +57,10 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
                      "<Connection Out=\"Sin1.Value\" In=\"Sin2.Min\"/><Connection Out=\"Nope.Value\" In=\"Sin1.Min\"/>",
                      "<GoodScenes><Scene Name=\"Stars\"/></GoodScenes><BadScenes><Scene Name=\"Fire\"/></BadScenes>") +
                 "<Velmor><Scenes><Scene Name=\"Second\"/></Scenes></Velmor>");
-  CScene scene;
-  scene.m_Factory = &*factory;
   scene.m_File = "[apppath]scenes/a.vms";
   ASSERT_TRUE(scene.LoadExternal());
-  EXPECT_EQ(scene.m_Name, "Waves");
-  EXPECT_EQ(scene.m_Author, "me");
+  EXPECT_EQ(std::tie(scene.m_Name, scene.m_Author, scene.m_SceneType, scene.m_Version), std::make_tuple("Waves", "me", 4u, 3));
   EXPECT_FLOAT_EQ(scene.m_WarmupTime, 2.5f);
-  EXPECT_EQ(scene.m_SceneType, 4u);
-  EXPECT_EQ(scene.m_Version, 3);
   EXPECT_EQ(FormatSceneDate(scene.m_Created), "20100304 17:05");
   EXPECT_EQ(scene.m_LastModified.year, 0);  // too short: not set
   ASSERT_EQ(scene.m_Nodes.size(), 3u);      // Bogus and the type-less node skipped
@@ -83,8 +79,6 @@ TEST_F(SceneFile, LoadsNodesConnectionsAndListsAndReportsWhatItSkips) {
 
 TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoadAndFeedbackIsFound) {
   LogCapture log;
-  CScene scene;
-  scene.m_Factory = &*factory;
   EXPECT_TRUE(scene.LoadExternal());  // no file: complete already
   scene.m_File = dir / "none.vms";
   EXPECT_FALSE(scene.LoadExternal());
@@ -107,8 +101,6 @@ TEST_F(SceneFile, MissingBrokenOrShapelessFilesFailToLoadAndFeedbackIsFound) {
 
 TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
   clock.clock.utc = WallTime{2031, 7, 9, 8, 4, 5, 0, 3};
-  CScene scene;
-  scene.m_Factory = &*factory;
   scene.m_Name = "S";
   scene.AddNode("Sin");
   scene.AddNode("Sin");
@@ -147,8 +139,6 @@ TEST_F(SceneFile, StoreWritesEveryPortDatesAndConnectionsAndReadsBack) {
 TEST_F(SceneFile, ProjectReferencesCarryFileNameAndRunTimeOnly) {
   TiXmlDocument doc;
   doc.Parse("<Scenes><Scene File=\"\" Name=\"Empty\" ShowTimeMax=\"12.5\"><Nodes><Node Type=\"Sin\"/></Nodes></Scene></Scenes>");
-  CScene scene;
-  scene.m_Factory = &*factory;
   CSerializeXMLLoad load(doc, doc.RootElement()->FirstChildElement("Scene"));
   load.m_Mode = SM_ProjectRef;
   scene.Serialize(load);

@@ -32,12 +32,10 @@ TEST(SerializeLoad, ValuesKeepDefaultsWhenMissingOrEmpty) {
   CSerializeXMLLoad l;
   ASSERT_TRUE(l.LoadText("<N A=\"TRUE\" B=\"yes\" C=\"1\" D=\"on\" E=\"\" F=\"2.5x\" I=\"7.9\" J=\"abc\"/>"));
   l.EnterElement("N");
-  EXPECT_TRUE(l.Serialize("A", false));
-  EXPECT_FALSE(l.Serialize("B", true));
-  EXPECT_TRUE(l.Serialize("C", false));
-  EXPECT_TRUE(l.Serialize("D", false));
-  EXPECT_TRUE(l.Serialize("E", true));  // empty keeps the default
-  EXPECT_TRUE(l.Serialize("Missing", true));
+  for (auto [name, fallback, value] : {std::tuple{"A", false, true}, {"B", true, false}, {"C", false, true},
+                                       {"D", false, true}, {"E", true, true} /* empty keeps the default */,
+                                       {"Missing", true, true}})
+    EXPECT_EQ(l.Serialize(name, fallback), value) << name;
   EXPECT_EQ(l.Serialize("F", 0.0f), 2.5f);
   EXPECT_EQ(l.Serialize("I", 0), 7);
   EXPECT_EQ(l.Serialize("J", 5), 0);
@@ -49,15 +47,11 @@ TEST(SerializeLoad, SequentialReadingConsumesOneChildPerEnter) {
   CSerializeXMLLoad l;
   ASSERT_TRUE(l.LoadText("<R><B v=\"1\"/><A v=\"2\"/><C v=\"3\"/></R>"));
   l.EnterElement("R");
-  l.EnterElement("A");  // mismatches and consumes B
-  EXPECT_EQ(l.Serialize("v", 0), 0);
-  l.LeaveElement();
-  l.EnterElement("B");  // mismatches and consumes A
-  EXPECT_EQ(l.Serialize("v", 0), 0);
-  l.LeaveElement();
-  l.EnterElement("C");
-  EXPECT_EQ(l.Serialize("v", 0), 3);
-  l.LeaveElement();
+  for (auto [name, v] : {std::pair{"A", 0}, {"B", 0}, {"C", 3}}) {  // A meets B, B meets A: both mismatch
+    l.EnterElement(name);
+    EXPECT_EQ(l.Serialize("v", 0), v) << name;
+    l.LeaveElement();
+  }
   l.LeaveElement();
 }
 
@@ -128,7 +122,6 @@ TEST(PortCatalogue, PrototypesPrintTheirTypeSpecificAttributes) {
   EXPECT_EQ(fragment(f, false),
             "<Port Type=\"Float\" Name=\"Value\" Desc=\"Computed value\" Input=\"false\" Value=\"0\" Min=\"0\" Max=\"1\" Step=\"0.01\" />");
   CPortInt i("WaveformType", "The type", 0, 0, 5);
-  EXPECT_EQ(fragment(i, true), "<Port Type=\"Int\" Name=\"WaveformType\" Desc=\"The type\" Input=\"true\" WaveformType=\"0\" Min=\"0\" Max=\"5\" />");
   i.AddValue(1, "Square")->AddValue(0, "Sine");
   EXPECT_EQ(fragment(i, true),
             "<Port Type=\"Int\" Name=\"WaveformType\" Desc=\"The type\" Input=\"true\" WaveformType=\"0\" Min=\"0\" Max=\"5\">"
