@@ -31,6 +31,9 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sim/AsteroidsNode.h"
+#include "nodes/sim/GrassNode.h"
+#include "nodes/sim/ShatterNode.h"
 #include "nodes/sound/BarsNode.h"
 #include "nodes/sound/BeatNode.h"
 #include "nodes/sound/OscilloscopeNode.h"
@@ -96,6 +99,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
+    &CGrassNode::CreateInfo,
     &CExpressionNode::CreateInfo,
     &CCloneExpressionNode::CreateInfo,
     &CSphereNode::CreateInfo,
@@ -103,6 +107,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CDiscNode::CreateInfo,
     &CTorusNode::CreateInfo,
     &CConeNode::CreateInfo,
+    &CAsteroidsNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
     &CClockNode::CreateInfo,
@@ -116,6 +121,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSoundTextureNode::CreateInfo,
     &CCopyTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
+    &CShatterNode::CreateInfo,
     &CShaderNode::CreateInfo,
 };
 
