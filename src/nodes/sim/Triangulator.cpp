@@ -110,5 +110,70 @@ bool CTriangulator::Run(const Point *points, int count) {
   }
   m_TriangleCount = kept;
   m_Points.resize(n);
+  FillNotches(capacity);
   return true;
+}
+
+double CTriangulator::Turn(int a, int b, int c) const {
+  const Point &p = m_Points[a], &q = m_Points[b], &r = m_Points[c];
+  return (double(q.x) - p.x) * (double(r.y) - q.y) - (double(q.y) - p.y) * (double(r.x) - q.x);
+}
+
+bool CTriangulator::Inside(const Point &p, int a, int b, int c) const {
+  const Point &pa = m_Points[a], &pb = m_Points[b], &pc = m_Points[c];
+  auto side = [&](const Point &u, const Point &v) {
+    return (double(v.x) - u.x) * (double(p.y) - u.y) - (double(v.y) - u.y) * (double(p.x) - u.x);
+  };
+  const double s1 = side(pa, pb), s2 = side(pb, pc), s3 = side(pc, pa);
+  return (s1 >= 0 && s2 >= 0 && s3 >= 0) || (s1 <= 0 && s2 <= 0 && s3 <= 0);
+}
+
+// The super triangle is finite: where points lie close to the hull, a
+// circle through a hull edge and such a point reaches past the super
+// triangle's corners, and the hull triangle goes with them. The boundary
+// then has notches (left turns, as it runs with the triangles on its
+// right); closing each with a triangle restores the hull.
+void CTriangulator::FillNotches(int capacity) {
+  const int n = m_Count;
+  m_Edges.clear();
+  for (int j = 0; j < m_TriangleCount; ++j) {
+    const Triangle &t = m_Triangles[j];
+    m_Edges.insert(m_Edges.end(), {{t.a, t.b}, {t.b, t.c}, {t.c, t.a}});
+  }
+  // Boundary edges are those whose reverse no triangle has.
+  std::sort(m_Edges.begin(), m_Edges.end(), [](const Edge &x, const Edge &y) {
+    return std::min(x.a, x.b) < std::min(y.a, y.b) ||
+           (std::min(x.a, x.b) == std::min(y.a, y.b) && std::max(x.a, x.b) < std::max(y.a, y.b));
+  });
+  m_Next.assign(n, -1);
+  m_Prev.assign(n, -1);
+  auto same = [](const Edge &x, const Edge &y) { return std::min(x.a, x.b) == std::min(y.a, y.b) && std::max(x.a, x.b) == std::max(y.a, y.b); };
+  for (size_t i = 0; i < m_Edges.size();) {
+    size_t k = i + 1;
+    while (k < m_Edges.size() && same(m_Edges[i], m_Edges[k])) ++k;
+    if (k - i == 1) {
+      const Edge &e = m_Edges[i];
+      // A vertex where the boundary touches itself: left as it is.
+      if (m_Next[e.a] >= 0 || m_Prev[e.b] >= 0) return;
+      m_Next[e.a] = e.b;
+      m_Prev[e.b] = e.a;
+    }
+    i = k;
+  }
+  for (bool closed = true; closed;) {
+    closed = false;
+    for (int b = 0; b < n && m_TriangleCount < capacity; ++b) {
+      const int a = m_Prev[b], c = m_Next[b];
+      if (a < 0 || c < 0 || a == c || Turn(a, b, c) <= 0) continue;
+      bool empty = true;
+      for (int i = 0; i < n && empty; ++i)
+        if (i != a && i != b && i != c && Inside(m_Points[i], a, b, c)) empty = false;
+      if (!empty) continue;
+      m_Triangles[m_TriangleCount++] = {a, c, b};
+      m_Next[a] = c;
+      m_Prev[c] = a;
+      m_Next[b] = m_Prev[b] = -1;
+      closed = true;
+    }
+  }
 }

@@ -35,11 +35,17 @@ class CTriangulator {
   // Whether `p` lies in the circumcircle of `t`; the circle's centre and
   // squared radius come back in xc, yc and r2 (none for a flat triangle).
   bool InCircle(const Point &p, const Triangle &t, float &xc, float &yc, float &r2, bool &flat) const;
+  void FillNotches(int capacity);
+  // Positive where a -> b -> c turns left.
+  double Turn(int a, int b, int c) const;
+  // Whether `p` lies in the triangle or on its edges.
+  bool Inside(const Point &p, int a, int b, int c) const;
 
   std::vector<Point> m_Points;  // the points, then the super triangle's three
   std::vector<Triangle> m_Triangles;
   std::vector<char> m_Complete;
   std::vector<Edge> m_Edges;
+  std::vector<int> m_Next, m_Prev;  // the boundary after the run, both ways
   int m_Count = 0, m_TriangleCount = 0;
   float m_MinX = 0, m_MaxX = 0, m_MinY = 0, m_MaxY = 0;
 };

@@ -186,8 +186,7 @@ TEST(Asteroids, LevelRestartsWhenRocksAreGoneTimeIsUpOrTheViewChanges) {
 
 TEST(Asteroids, ASeedRepeatsTheGameWhichShootsRocksAndStaysFinite) {
   auto play = [](uint32_t seed, const SimNode<CAsteroidsNode>::Ports &ports, int frames = 900) {
-    SeedSharedRandom(seed);
-    SimNode<CAsteroidsNode> a("Asteroids", ports);
+    SimNode<CAsteroidsNode> a("Asteroids", ports, seed);
     a.frame.Aspect = a.frame.PrevAspect = 1.5f;
     int mostRocks = 0;
     std::vector<float> picture;

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/Random.h"
 #include "nodes/BuiltinNodes.h"
 #include "scene/Node.h"
 #include "scene/NodeFactory.h"
@@ -14,7 +15,9 @@
 template <typename N>
 struct SimNode {
   using Ports = std::vector<std::pair<const char *, const char *>>;
-  SimNode(const char *type, const Ports &ports) {
+  // Every run of a test draws the same numbers.
+  SimNode(const char *type, const Ports &ports, uint32_t seed = 1) {
+    SeedSharedRandom(seed);
     InstallBuiltinNodes();
     factory->Init();
     node.reset(static_cast<N *>(factory->CreateNode(type)));
