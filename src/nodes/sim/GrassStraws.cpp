@@ -56,9 +56,11 @@ void CGrassStraws::Build(const MeshVertex *vertices, int count, const Growth &g)
 
 void CGrassStraws::Simulate(float dt, const Forces &f) {
   const float t = dt * dt;
+  RandomState &random = SharedRandom();
   for (int i = 0; i < m_Count; ++i) {
     Straw &s = m_Straws[i];
-    s.wind = {f.windVar.x * DrawSigned(), f.windVar.y * DrawSigned(), f.windVar.z * DrawSigned()};
+    const float sx = RandomSigned(random), sy = RandomSigned(random), sz = RandomSigned(random);
+    s.wind = {f.windVar.x * sx, f.windVar.y * sy, f.windVar.z * sz};
     const CVector3 middle = s.middle, top = s.top;
     s.middle = s.middle * 1.99f - s.middlePrev * 0.99f + f.gravity * t;
     s.top = s.top * 1.99f - s.topPrev * 0.99f + (f.wind + s.wind + f.gravity) * t;
