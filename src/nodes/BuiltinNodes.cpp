@@ -31,10 +31,13 @@
 #include "nodes/render/RenderRectNode.h"
 #include "nodes/render/RenderToTextureNode.h"
 #include "nodes/render/ScreenNode.h"
+#include "nodes/sim/AsteroidsNode.h"
 #include "nodes/sim/Fluid2dNode.h"
+#include "nodes/sim/GrassNode.h"
 #include "nodes/sim/LightningNode.h"
 #include "nodes/sim/MetaballsNode.h"
 #include "nodes/sim/RibbonsNode.h"
+#include "nodes/sim/ShatterNode.h"
 #include "nodes/sim/TuringPatternNode.h"
 #include "nodes/sim/VoronoiNode.h"
 #include "nodes/sound/BarsNode.h"
@@ -102,6 +105,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CHSVAToColor::CreateInfo,
     &CHSLAToColor::CreateInfo,
     &CPlaneNode::CreateInfo,
+    &CGrassNode::CreateInfo,
     &CMetaballsNode::CreateInfo,
     &CExpressionNode::CreateInfo,
     &CCloneExpressionNode::CreateInfo,
@@ -110,6 +114,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CDiscNode::CreateInfo,
     &CTorusNode::CreateInfo,
     &CConeNode::CreateInfo,
+    &CAsteroidsNode::CreateInfo,
     &CVoronoiNode::CreateInfo,
     &CRotatorNode::CreateInfo,
     &CCloneMeshExpressionNode::CreateInfo,
@@ -128,6 +133,7 @@ CNodeInfo *(*const kBuiltinTypes[])() = {
     &CSoundTextureNode::CreateInfo,
     &CCopyTextureNode::CreateInfo,
     &CPreviousLayerNode::CreateInfo,
+    &CShatterNode::CreateInfo,
     &CShaderNode::CreateInfo,
 };
 

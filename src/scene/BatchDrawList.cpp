@@ -6,12 +6,12 @@
 #include "scene/PortPointers.h"
 
 void AddBatchToDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera, CPDEffect *effect,
-                        CBatchRender &batch, int count) {
+                        CBatchRender &batch, int count, const CMatrix *local) {
   if (!effect) return;
   batch.SetDrawCount(count);
   for (CDrawItem *p = parents.first; p; p = p->next) {
     CDrawItem *item = list.NewItem();
-    item->matrix = p->matrix;
+    item->matrix = local ? *local * p->matrix : p->matrix;
     for (int c = 0; c < 4; ++c) item->color[c] = p->color[c];
     item->m_Object = &batch;
     item->m_Effect = effect;
