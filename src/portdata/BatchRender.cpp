@@ -35,6 +35,25 @@ void CBatchRender::DrawQuadChunk(CRender *render, int quads) {
   AdvanceRing();
 }
 
+void CBatchRender::DrawTriangleChunk(CRender *render, int triangles) {
+  render->SetIndexBuffer(Slot(render).m_IndexBuffer);
+  render->SetVertexBuffer(RingBuffer(render));
+  render->DrawIndexedPrimitive(PT_TriangleList, 3 * triangles, triangles);
+  AdvanceRing();
+}
+
+bool CBatchRender::CreateTriangleRing(CRender *render, int triangles, int format) {
+  DeviceObjects *const dObjs = &Slot(render);
+  const int size = 3 * triangles;
+  for (int i = 0; i < RING_SIZE; ++i)
+    if (DEVICE_FAILED(!(dObjs->m_VertexBuffer[i] = render->CreateVertexBuffer(size, VBF_DYNAMIC, format)))) return false;
+  if (DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(size, 0)))) return false;
+  uint16_t *index = dObjs->m_IndexBuffer->Lock();
+  for (int i = 0; i < size; ++i) index[i] = static_cast<uint16_t>(i);
+  dObjs->m_IndexBuffer->Unlock();
+  return true;
+}
+
 bool CBatchRender::HasRing(CRender *render, bool indexed) {
   const DeviceObjects &d = Slot(render);
   for (CVertexBuffer *vb : d.m_VertexBuffer)

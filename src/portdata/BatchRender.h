@@ -55,6 +55,12 @@ class CBatchRender : public CPDObject {
   // Draws `quads` quads from the current ring buffer, after the caller has
   // filled and unlocked it, and advances the ring.
   void DrawQuadChunk(CRender *render, int quads);
+  // Makes the slot's ring of 3 * `triangles` vertices of `format` and an
+  // index buffer that names them in order: a plain triangle list.
+  bool CreateTriangleRing(CRender *render, int triangles, int format);
+  // Draws `triangles` triangles from the current ring buffer, after the
+  // caller has filled and unlocked it, and advances the ring.
+  void DrawTriangleChunk(CRender *render, int triangles);
   CVertexBuffer *RingBuffer(CRender *render) { return Slot(render).m_VertexBuffer[m_Ring]; }
   void AdvanceRing() { m_Ring = (m_Ring + 1) % RING_SIZE; }
   // True when every buffer of the slot that Draw needs is there.

@@ -147,16 +147,7 @@ void CShatterPlane::Step(float clock, const CVector3 &gravity, const Timing &tm)
 
 bool CShatterPlane::RestoreDevice(CRender *render) {
   InvalidateDevice(render);
-  const int triVBufSize = 3 * TrianglesPerBatch, triIndexSize = 3 * TrianglesPerBatch;
-  DeviceObjects *const dObjs = &Slot(render);
-  for (int i = 0; i < RING_SIZE; ++i)
-    if (DEVICE_FAILED(!(dObjs->m_VertexBuffer[i] = render->CreateVertexBuffer(triVBufSize, VBF_DYNAMIC, VBF_PNTC))))
-      return false;
-  if (DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(triIndexSize, 0)))) return false;
-  uint16_t *out = dObjs->m_IndexBuffer->Lock();
-  for (int i = 0; i < triIndexSize; ++i) out[i] = static_cast<uint16_t>(i);
-  dObjs->m_IndexBuffer->Unlock();
-  return true;
+  return CreateTriangleRing(render, TrianglesPerBatch, VBF_PNTC);
 }
 
 void CShatterPlane::Draw(CRender *render) {
@@ -172,10 +163,7 @@ void CShatterPlane::Draw(CRender *render) {
                             0xFFFFFFFFu};
     }
     vb->Unlock();
-    render->SetIndexBuffer(Slot(render).m_IndexBuffer);
-    render->SetVertexBuffer(vb);
-    render->DrawIndexedPrimitive(PT_TriangleList, 3 * n, n);
-    AdvanceRing();
+    DrawTriangleChunk(render, n);
     done += n;
   }
 }

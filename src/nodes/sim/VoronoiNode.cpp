@@ -192,16 +192,7 @@ void CVoronoiNode::AddToDrawList(CDrawList &list, CDrawItemList &parents, const 
 
 bool CVoronoiCells::RestoreDevice(CRender *render) {
   InvalidateDevice(render);
-  DeviceObjects *const dObjs = &Slot(render);
-  constexpr int triVBufSize = 3 * kBatchTriangles, triIndexSize = 3 * kBatchTriangles;
-  for (int i = 0; i < RING_SIZE; ++i)
-    if (DEVICE_FAILED(!(dObjs->m_VertexBuffer[i] = render->CreateVertexBuffer(triVBufSize, VBF_DYNAMIC, VBF_PCT))))
-      return false;
-  if (DEVICE_FAILED(!(dObjs->m_IndexBuffer = render->CreateIndexBuffer(triIndexSize, 0)))) return false;
-  uint16_t *index = dObjs->m_IndexBuffer->Lock();
-  for (int i = 0; i < triIndexSize; ++i) index[i] = static_cast<uint16_t>(i);
-  dObjs->m_IndexBuffer->Unlock();
-  return true;
+  return CreateTriangleRing(render, kBatchTriangles, VBF_PCT);
 }
 
 void CVoronoiCells::Draw(CRender *render) {
@@ -219,10 +210,7 @@ void CVoronoiCells::Draw(CRender *render) {
       *out++ = {e.x2, e.y2, 0.0f, 1.0f, 1.0f, s.color};
     }
     vb->Unlock();
-    render->SetIndexBuffer(Slot(render).m_IndexBuffer);
-    render->SetVertexBuffer(vb);
-    render->DrawIndexedPrimitive(PT_TriangleList, 3 * n, n);
-    AdvanceRing();
+    DrawTriangleChunk(render, n);
     done += n;
   }
 }
