@@ -15,6 +15,7 @@
 #include "core/Log.h"
 #include "engine/DemoEngine.h"
 #include "nodes/BuiltinNodes.h"
+#include "platform/CrashReport.h"
 #include "platform/Signals.h"
 #include "renderogl/RenderOGL.h"
 
@@ -57,6 +58,7 @@ int RunDemo(int steps) {
 
 int main(int argc, char **argv) {
   InstallShutdownSignals();
+  InstallCrashHandler();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
   std::string pictures, audio;
