@@ -101,6 +101,12 @@ static CRender *CurrentRender() { return g_AppType ? g_AppType->m_Render : nullp
 
 bool CVelmorApp::Render() {
   TRACE_SCOPE("CVelmorApp::Render");
+  // The statistics name the driver, which answers only while a context is current.
+  if (GetStats().m_OpenGLInfo.empty())
+    if (const auto *ogl = dynamic_cast<const CRenderOGLBase *>(CurrentRender())) {
+      const GLInfo gl = ogl->QueryGLInfo();
+      if (!gl.vendor.empty()) GetStats().m_OpenGLInfo = gl.vendor + ", " + gl.renderer + ", " + gl.version;
+    }
   if (m_Engine) m_Engine->Draw(CurrentRender());
   return true;
 }
@@ -115,10 +121,6 @@ bool CVelmorApp::RestoreDeviceObjects() {
   CRender *render = CurrentRender();
   if (!render) return true;
   render->SetTransform(1, CMatrix::Identity());
-  if (const auto *ogl = dynamic_cast<const CRenderOGLBase *>(render); ogl && GetStats().m_OpenGLInfo.empty()) {
-    const GLInfo gl = ogl->QueryGLInfo();
-    if (!gl.vendor.empty()) GetStats().m_OpenGLInfo = gl.vendor + ", " + gl.renderer + ", " + gl.version;
-  }
   return !m_Engine || m_Engine->RestoreDevice(render);
 }
 

@@ -275,6 +275,18 @@ uint32_t BuildStamp(uintptr_t base) {
   return 0;
 }
 
+// A shared library carries its version in its file name ("libz.so.1.2.13");
+// a program has none.
+void WriteVersion(CReportOut &out, const char *path) {
+  const char *p = strstr(BaseName(path), ".so.");
+  if (!p) return;
+  int64_t parts[4] = {0, 0, 0, 0};
+  p += 4;
+  for (int i = 0; i < 4 && *p >= '0' && *p <= '9'; ++i, p += *p == '.')
+    while (*p >= '0' && *p <= '9') parts[i] = parts[i] * 10 + (*p++ - '0');
+  out << "v", out.Dec(parts[0]) << ".", out.Dec(parts[1]) << ".", out.Dec(parts[2]) << ".", out.Dec(parts[3]);
+}
+
 void WriteModules(CReportOut &out) {
   out << "\nModule list: names, addresses, sizes, time stamps and file times:\n";
   uintptr_t last = 0;
@@ -291,7 +303,9 @@ void WriteModules(CReportOut &out) {
     out.Dec(known ? st.st_size : 0, 7, ' ') << " bytes - ";
     out.Hex(BuildStamp(m.start), 8);
     if (known) out << " - file date is ", out.Date(st.st_mtime);
-    out << " \n";
+    out << " ";
+    WriteVersion(out, m.path);
+    out << "\n";
     return true;
   });
 }

@@ -1,11 +1,19 @@
 // Usage statistics: what stats.dat holds and keeps between runs, how runs
-// and scenes are credited, and when the file is sent to the service.
+// and scenes are credited, and the upload as a server on this machine sees
+// it: only when due, and a dead service costs the program nothing.
 #include "engine/Stats.h"
 
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <atomic>
+#include <chrono>
 #include <ctime>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <thread>
 #include <tinyxml.h>
+#include <unistd.h>
 
 #include "core/FakeClock.h"
 #include "platform/HttpPost.h"
@@ -13,39 +21,102 @@
 #include "support/TempDir.h"
 
 namespace {
-constexpr int64_t kNow = 1715946330;  // 2024-05-17 11:45:30 UTC
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
-void SetUtc(CFakeClock &clock, int64_t unixSeconds) {
-  const time_t t = unixSeconds;
-  tm u;
-  gmtime_r(&t, &u);
-  clock.utc = {u.tm_year + 1900, u.tm_mon + 1, u.tm_mday, u.tm_hour, u.tm_min, u.tm_sec, 0, u.tm_wday};
-}
-
-class NoPoster : public IHttpPoster {
+// One connection on 127.0.0.1: a live service answers the request, a dead one
+// holds the connection unanswered until the test ends.
+class LocalServer {
  public:
-  bool IsConnected(const std::string &) override { return true; }
-  bool PostAsync(const std::string &, const std::string &) override { return ++posts, true; }
+  std::string url;
+  std::atomic<bool> connected{false}, done{false};  // done: the request was answered
+  explicit LocalServer(bool answers) : m_Socket(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in a{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t size = sizeof(a);
+    bind(m_Socket, reinterpret_cast<sockaddr *>(&a), size);
+    listen(m_Socket, 4);
+    getsockname(m_Socket, reinterpret_cast<sockaddr *>(&a), &size);
+    url = "http://127.0.0.1:" + std::to_string(ntohs(a.sin_port));
+    m_Thread = std::thread([this, answers] {
+      m_Client = accept(m_Socket, nullptr, nullptr);
+      connected = m_Client >= 0;
+      if (!connected || !answers) return;
+      char buffer[4096];
+      for (ssize_t n; !Complete() && (n = read(m_Client, buffer, sizeof(buffer))) > 0;)
+        m_Request.append(buffer, static_cast<size_t>(n));
+      static const char ok[] = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+      done = write(m_Client, ok, sizeof(ok) - 1) > 0;
+    });
+  }
+  ~LocalServer() {
+    shutdown(m_Socket, SHUT_RDWR);  // ends a wait in accept
+    m_Thread.join();
+    close(m_Client), close(m_Socket);
+  }
+  // The whole request once answered, empty if none came in time.
+  std::string Request(std::chrono::milliseconds wait) const {
+    for (auto until = Clock::now() + wait; !done && Clock::now() < until;) std::this_thread::sleep_for(10ms);
+    return done ? m_Request : std::string();
+  }
+
+ private:
+  bool Complete() const {
+    const size_t head = m_Request.find("\r\n\r\n"), field = m_Request.find("Content-Length: ");
+    return head != std::string::npos && field != std::string::npos &&
+           m_Request.size() >= head + 4 + strtoul(m_Request.c_str() + field + 16, nullptr, 10);
+  }
+  int m_Socket, m_Client = -1;
+  std::string m_Request;
+  std::thread m_Thread;
+};
+
+// Counts the posts; with `send` the real poster makes them, on a machine
+// whose network is as the test says.
+class TestPoster : public IHttpPoster {
+ public:
+  bool IsConnected(const std::string &) override { return connected; }
+  bool PostAsync(const std::string &url, const std::string &body) override {
+    return ++posts, !send || real.PostAsync(url, body);
+  }
+  bool connected = true, send = false;
   int posts = 0;
+  CCurlPoster real;
 };
 
 class Stats : public testing::Test {
  protected:
   Stats() {
-    SetUtc(fake.clock, now);
+    SetNow(1715946330);  // 2024-05-17 11:45:30 UTC
     host.application = true;
     host.appType = 1;
     host.userPath = dir.Path();
-    stats.SetHostDescription([this] { return host; });
+    host.endpoint = "http://stats.invalid";
   }
-  void Advance(int64_t seconds, int frames = 0) {
-    for (int i = 0; i < frames; ++i) stats.FrameFinished();
-    SetUtc(fake.clock, now += seconds);
+  void SetNow(int64_t unixSeconds) {
+    const time_t t = now = unixSeconds;
+    tm u;
+    gmtime_r(&t, &u);
+    fake.clock.utc = {u.tm_year + 1900, u.tm_mon + 1, u.tm_mday, u.tm_hour, u.tm_min, u.tm_sec, 0, u.tm_wday};
   }
-  void Play(const std::string &file, int64_t seconds, int frames) {
-    stats.SceneBegin("", file);
-    Advance(seconds, frames);
-    stats.SceneEnd();
+  // A new process's statistics.
+  std::unique_ptr<CStats> Process() {
+    auto s = std::make_unique<CStats>(poster);
+    s->SetHostDescription([this] { return host; });
+    return s;
+  }
+  void Play(CStats &s, const std::string &file, int64_t seconds, int frames) {
+    s.SceneBegin("", file);
+    for (int i = 0; i < frames; ++i) s.FrameFinished();
+    SetNow(now + seconds);
+    s.SceneEnd();
+  }
+  void RunOnce() {
+    auto s = Process();
+    s->Init();
+    s->Exit();
+  }
+  static std::string StatsFile(const std::string &lastUpload) {
+    return "<vmstats installdate=\"2024-01-02\" installid=\"ab\" lastupload=\"" + lastUpload + "\"/>";
   }
   TiXmlElement *Saved() {
     file = TiXmlDocument();
@@ -54,76 +125,63 @@ class Stats : public testing::Test {
   }
 
   CScopedFakeClock fake;
-  int64_t now = kNow;
+  int64_t now = 0;
   TempDir dir;
   StatsHost host;
-  NoPoster poster;
-  CStats stats{poster};
+  TestPoster poster;
   TiXmlDocument file;
 };
 }  // namespace
 
 TEST_F(Stats, TheFileKeepsIdentityAndCountsInItsOrderWithTheirChecksum) {
   EXPECT_EQ(Crc32("123456789"), 0xCBF43926u);  // the standard check value
-  stats.Init();
-  Play("[apppath]scenes/a.vms", 20, 600);
-  Advance(20);
-  stats.Exit();
+  auto first = Process();
+  first->Init();
+  Play(*first, "[apppath]scenes/a.vms", 20, 600);
+  SetNow(now + 20);
+  first->Exit();
 
   TiXmlElement *root = Saved();
   ASSERT_NE(root, nullptr);
-  std::string attributes, children;
-  for (TiXmlAttribute *a = root->FirstAttribute(); a; a = a->Next()) attributes += a->NameTStr() + " ";
-  for (TiXmlElement *e = root->FirstChildElement(); e; e = e->NextSiblingElement()) children += e->ValueStr() + " ";
-  EXPECT_EQ(attributes,
-            "installdate opengl desktopsize virtualsize nummonitors installid lastupload cores mem memfree c ");
-  EXPECT_EQ(children, "screensaver winampvis wmpvis editor config scenes ");
+  std::string names;
+  for (TiXmlAttribute *a = root->FirstAttribute(); a; a = a->Next()) names += a->NameTStr() + " ";
+  for (TiXmlElement *e = root->FirstChildElement(); e; e = e->NextSiblingElement()) names += e->ValueStr() + " ";
+  EXPECT_EQ(names, "installdate opengl desktopsize virtualsize nummonitors installid lastupload cores mem memfree c "
+                   "screensaver winampvis wmpvis editor config scenes ");
   const std::string id = root->Attribute("installid");
   ASSERT_EQ(id.size(), 40u);
-  char tail[9];
-  snprintf(tail, sizeof(tail), "%08x", Crc32(id.substr(0, 32)));
-  EXPECT_EQ(id.substr(32), tail);
-  EXPECT_STREQ(root->Attribute("installdate"), "2024-05-17");
-  // Date, id, each block's runs plus seconds, then all scenes' runs and seconds.
-  const std::string items = std::string("2024-05-17") + id + "41" + "0000" + "120";
-  EXPECT_EQ(std::to_string(Crc32(items)), root->Attribute("c"));
-  const TiXmlElement *saver = root->FirstChildElement("screensaver");
-  EXPECT_STREQ(saver->Attribute("lastrun"), "2024-05-17");
+  EXPECT_EQ(strtoul(id.substr(32).c_str(), nullptr, 16), Crc32(id.substr(0, 32)));
+  EXPECT_STREQ(root->FirstChildElement("screensaver")->Attribute("lastrun"), "2024-05-17");
   EXPECT_STREQ(root->FirstChildElement("scenes")->FirstChildElement("scene")->Attribute("file"),
                "[apppath]scenes\\a.vms");
+  // Date, id, each block's runs plus seconds, then all scenes' runs and seconds.
+  EXPECT_EQ(std::to_string(Crc32("2024-05-17" + id + "41" + "0000" + "120")), root->Attribute("c"));
+  EXPECT_EQ(poster.posts, 0) << "the run that makes the file sends nothing";
 
-  // The next run reads it back and adds to it.
-  host.endpoint = "http://stats.invalid";
-  NoPoster poster2;
-  CStats next(poster2);
-  next.SetHostDescription([this] { return host; });
-  next.Init();
-  EXPECT_EQ(next.m_InstallId, id);
-  EXPECT_EQ(next.m_Screensaver.m_RunCount, 1);
-  EXPECT_EQ(next.m_Screensaver.m_RunTime, 40);
-  ASSERT_EQ(next.m_SceneStats.size(), 1u);
-  EXPECT_EQ(next.m_SceneStats[0]->m_AvgFps, 30.0);
-  EXPECT_EQ(poster2.posts, 1) << "the second run sends: it has never uploaded";
+  // The next run reads it back, and sends: it has never uploaded.
+  auto next = Process();
+  next->Init();
+  EXPECT_EQ(next->m_InstallId, id);
+  EXPECT_EQ(next->m_Screensaver.m_RunCount, 1);
+  EXPECT_EQ(next->m_Screensaver.m_RunTime, 40);
+  ASSERT_EQ(next->m_SceneStats.size(), 1u);
+  EXPECT_EQ(next->m_SceneStats[0]->m_AvgFps, 30.0);
+  EXPECT_EQ(poster.posts, 1);
 
   // Something that is no statistics file starts a new identity and sends nothing.
   dir.Write("stats.dat", "<other installid=\"" + id + "\"/>");
-  CStats fresh(poster2);
-  fresh.SetHostDescription([this] { return host; });
-  fresh.Init();
-  EXPECT_NE(fresh.m_InstallId, id);
-  EXPECT_EQ(poster2.posts, 1);
+  auto fresh = Process();
+  fresh->Init();
+  EXPECT_NE(fresh->m_InstallId, id);
+  EXPECT_EQ(poster.posts, 1);
 }
 
 TEST_F(Stats, ScenesAreCreditedByFileTimeAndFrameRate) {
-  struct PlayedScene {
-    std::string file;
-    int64_t seconds;
-    int frames;
-  };
+  struct Played { std::string file; int64_t seconds; int frames; };
   struct Case {
     const char *what;
     bool countsScenes;
-    std::vector<PlayedScene> plays;
+    std::vector<Played> plays;
     std::vector<StatsScene> expected;
   };
   const std::vector<Case> cases = {
@@ -131,7 +189,7 @@ TEST_F(Stats, ScenesAreCreditedByFileTimeAndFrameRate) {
       {"the measure blends in", true, {{"x/a.vms", 20, 600}, {"x/a.vms", 10, 100}}, {{"x\\a.vms", 2, 30, 15.0}}},
       {"5 s or less: no rate", true, {{"x/a.vms", 5, 150}}, {{"x\\a.vms", 1, 5, 0.0}}},
       {"an hour is credited nowhere", true, {{"x/a.vms", 3540, 100}}, {}},
-      {"each layer gets it all, empty ones nothing",
+      {"each layer gets it all, an empty one nothing",
        true,
        {{"x/b.vms;;x/p.vms", 10, 100}},
        {{"x\\b.vms", 1, 10, 10.0}, {"x\\p.vms", 1, 10, 10.0}}},
@@ -143,17 +201,18 @@ TEST_F(Stats, ScenesAreCreditedByFileTimeAndFrameRate) {
   };
   for (const Case &c : cases) {
     host.countsScenes = c.countsScenes;
-    stats.Init();
-    for (const PlayedScene &p : c.plays) Play(p.file, p.seconds, p.frames);
-    ASSERT_EQ(stats.m_SceneStats.size(), c.expected.size()) << c.what;
+    auto stats = Process();
+    stats->Init();
+    for (const Played &p : c.plays) Play(*stats, p.file, p.seconds, p.frames);
+    ASSERT_EQ(stats->m_SceneStats.size(), c.expected.size()) << c.what;
     for (size_t i = 0; i < c.expected.size(); ++i) {
-      const StatsScene &got = *stats.m_SceneStats[i], &want = c.expected[i];
+      const StatsScene &got = *stats->m_SceneStats[i], &want = c.expected[i];
       EXPECT_EQ(got.m_File, want.m_File) << c.what;
       EXPECT_EQ(got.m_RunCount, want.m_RunCount) << c.what;
       EXPECT_EQ(got.m_RunTime, want.m_RunTime) << c.what;
       EXPECT_DOUBLE_EQ(got.m_AvgFps, want.m_AvgFps) << c.what;
     }
-    stats.m_SceneStats.clear();
+    std::remove((dir / "stats.dat").c_str());
   }
 }
 
@@ -162,39 +221,98 @@ TEST_F(Stats, ARunIsCreditedToItsHostsBlockAndAlwaysLogged) {
     int appType;
     bool send;
     int64_t seconds;
-    int frames;
-    const char *block;       // null: no block counts it
+    const char *block;  // null: no block counts it
     bool written;
-    const char *avgfps;
-    const char *line;
+    const char *avgfps, *line;
   };
   const Case cases[] = {
-      {1, true, 20, 400, "screensaver", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
-      {1, true, 10, 400, "screensaver", true, "0", "Runtime: 10 Frames: 400 Fps: 40.000000"},
-      {5, true, 20, 400, "editor", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
-      {8, true, 20, 400, "wmpvis", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
-      {9, true, 20, 400, nullptr, true, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
-      {3, true, 20, 400, nullptr, false, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
-      {1, false, 20, 400, nullptr, false, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {1, true, 20, "screensaver", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {1, true, 10, "screensaver", true, "0", "Runtime: 10 Frames: 400 Fps: 40.000000"},
+      {5, true, 20, "editor", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {8, true, 20, "wmpvis", true, "20", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {9, true, 20, nullptr, true, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {3, true, 20, nullptr, false, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
+      {1, false, 20, nullptr, false, "", "Runtime: 20 Frames: 400 Fps: 20.000000"},
   };
   for (const Case &c : cases) {
     std::remove((dir / "stats.dat").c_str());
     host.appType = c.appType;
     host.sendUsageInfo = c.send;
     LogCapture log;
-    CStats run(poster);
-    run.SetHostDescription([this] { return host; });
-    SetUtc(fake.clock, now);
-    run.Init();
-    for (int i = 0; i < c.frames; ++i) run.FrameFinished();
-    SetUtc(fake.clock, now + c.seconds);
-    run.Exit();
+    auto run = Process();
+    run->Init();
+    for (int i = 0; i < 400; ++i) run->FrameFinished();
+    SetNow(now + c.seconds);
+    run->Exit();
     EXPECT_TRUE(log.Has(c.line)) << c.appType;
     TiXmlElement *root = Saved();
     EXPECT_EQ(root != nullptr, c.written) << c.appType;
     if (!root || !c.block) continue;
-    const TiXmlElement *block = root->FirstChildElement(c.block);
-    EXPECT_STREQ(block->Attribute("runcount"), "1") << c.appType;
-    EXPECT_STREQ(block->Attribute("avgfps"), c.avgfps) << c.appType;
+    EXPECT_STREQ(root->FirstChildElement(c.block)->Attribute("runcount"), "1") << c.appType;
+    EXPECT_STREQ(root->FirstChildElement(c.block)->Attribute("avgfps"), c.avgfps) << c.appType;
   }
+}
+
+TEST_F(Stats, TheServiceSeesTheFileOnlyWhenItIsDue) {
+  struct Case {
+    const char *what;
+    const char *lastUpload;
+    bool send, named, preview, connected, expected;
+  };
+  const Case cases[] = {
+      {"never uploaded", "", true, true, false, true, true},
+      {"eight days ago", "20240509 11:45", true, true, false, true, true},
+      {"six days ago", "20240511 11:45", true, true, false, true, false},
+      {"statistics off", "", false, true, false, true, false},
+      {"no service named", "", true, false, false, true, false},
+      {"preview", "", true, true, true, true, false},
+      {"no network", "", true, true, false, false, false},
+  };
+  for (const Case &c : cases) {
+    dir.Write("stats.dat", StatsFile(c.lastUpload));
+    LocalServer server(true);
+    poster.send = true;
+    poster.connected = c.connected;
+    host.sendUsageInfo = c.send;
+    host.preview = c.preview;
+    host.endpoint = c.named ? server.url : "";
+    LogCapture log;
+    RunOnce();
+
+    const std::string request = server.Request(c.expected ? 3000ms : 300ms);
+    EXPECT_EQ(!request.empty(), c.expected) << c.what << "\n" << request;
+    EXPECT_EQ(log.Has("Uploading anonymous usage statistics"), c.expected) << c.what;
+    EXPECT_EQ(log.Has("No internet connection found. Postponing upload of anonymous usage statistics"), !c.connected)
+        << c.what;
+    if (!c.expected) continue;
+    EXPECT_EQ(request.rfind("POST /vmstats HTTP/1.1\r\n", 0), 0u) << request;
+    EXPECT_NE(request.find("\r\nContent-Type: text/xml\r\n"), std::string::npos) << request;
+    EXPECT_NE(request.find("\r\nUser-Agent: Velmor 1.8\r\n"), std::string::npos) << request;
+    EXPECT_EQ(request.substr(request.find("\r\n\r\n") + 4), StatsFile(c.lastUpload)) << "the file as it was";
+    EXPECT_STREQ(Saved()->Attribute("lastupload"), "20240517 11:45") << c.what;
+  }
+}
+
+TEST_F(Stats, ADeadServiceDelaysNeitherTheRunNorTheExit) {
+  LocalServer dead(false);
+  dir.Write("stats.dat", StatsFile(""));
+  const auto start = Clock::now();
+  const pid_t child = fork();
+  if (child == 0) {
+    // A process of its own, so that its exit with the upload under way is
+    // seen; it reports how long the run took in tens of milliseconds.
+    poster.send = true;
+    host.endpoint = dead.url;
+    RunOnce();
+    exit(static_cast<int>(std::min<int64_t>(250, (Clock::now() - start) / 10ms)));
+  }
+  ASSERT_GT(child, 0);
+  int status = -1;
+  const auto limit = std::chrono::milliseconds(CCurlPoster::TotalTimeoutMs);
+  while (waitpid(child, &status, WNOHANG) == 0 && Clock::now() - start < limit) std::this_thread::sleep_for(5ms);
+  EXPECT_LT(Clock::now() - start, limit / 2) << "the exit waited for the upload, which the dead service holds";
+  ASSERT_TRUE(WIFEXITED(status)) << status;
+  EXPECT_LT(WEXITSTATUS(status) * 10, 1000) << "start and end of the run took " << WEXITSTATUS(status) * 10 << " ms";
+  EXPECT_TRUE(dead.connected) << "the upload never started";
+  if (Clock::now() - start >= limit) kill(child, SIGKILL), waitpid(child, nullptr, 0);
 }
