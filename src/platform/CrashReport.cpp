@@ -170,6 +170,14 @@ void ForEachMapping(Visit visit) {
   close(fd);
 }
 
+// Copies what fits and terminates; usable in the handler.
+template <size_t N>
+void CopyText(char (&to)[N], const char *from) {
+  size_t i = 0;
+  for (; i + 1 < N && from[i]; ++i) to[i] = from[i];
+  to[i] = 0;
+}
+
 const char *BaseName(const char *path) {
   const char *slash = strrchr(path, '/');
   return slash ? slash + 1 : path;
@@ -354,13 +362,13 @@ void InstallCrashHandler() {
   const ssize_t n = readlink("/proc/self/exe", g_Facts.programPath, sizeof(g_Facts.programPath) - 1);
   if (n > 0) {
     g_Facts.programPath[n] = 0;
-    strncpy(g_Facts.programName, BaseName(g_Facts.programPath), sizeof(g_Facts.programName) - 1);
+    CopyText(g_Facts.programName, BaseName(g_Facts.programPath));
     if (char *dot = strrchr(g_Facts.programName, '.')) *dot = 0;
   }
   struct passwd pw, *found = nullptr;
   char pwBuffer[1024];
   if (getpwuid_r(getuid(), &pw, pwBuffer, sizeof(pwBuffer), &found) == 0 && found)
-    strncpy(g_Facts.userName, pw.pw_name, sizeof(g_Facts.userName) - 1);
+    CopyText(g_Facts.userName, pw.pw_name);
   g_Facts.processors = sysconf(_SC_NPROCESSORS_ONLN);
   const time_t now = time(nullptr);
   struct tm local;
@@ -411,7 +419,7 @@ int WriteCrashReport(int signal, siginfo_t *info, void *context) {
       if (machine.pc < m.start || machine.pc >= m.end) return true;
       if (m.path[0] == '/') {
         static char name[256];
-        strncpy(name, BaseName(m.path), sizeof(name) - 1);
+        CopyText(name, BaseName(m.path));
         module = name;
       }
       return false;
