@@ -191,7 +191,8 @@ const char *ExceptionName(int signal, int code, uintptr_t address, uintptr_t sta
       if (address < stackPointer + 4096 && address + 65536 > stackPointer) return "a Stack Overflow";
       return "an Access Violation";
     case SIGBUS: return code == BUS_ADRALN ? "a Datatype Misalignment" : "an In Page Error";
-    case SIGILL: return code == ILL_PRVOPC || code == ILL_PRVREG ? "a Privileged Instruction" : "an Illegal Instruction";
+    case SIGILL:
+      return code == ILL_PRVOPC || code == ILL_PRVREG ? "a Privileged Instruction" : "an Illegal Instruction";
     case SIGABRT: return "a Noncontinuable Exception";
     case SIGFPE:
       switch (code) {
@@ -210,7 +211,7 @@ const char *ExceptionName(int signal, int code, uintptr_t address, uintptr_t sta
 }
 
 struct Machine {
-  uintptr_t pc = 0, sp = 0;
+  uintptr_t pc = 0, sp = 0, cs = 0;
   bool write = false;
 };
 
@@ -220,6 +221,7 @@ Machine ReadMachine(const void *context) {
   const auto &g = static_cast<const ucontext_t *>(context)->uc_mcontext.gregs;
   m.pc = static_cast<uintptr_t>(g[REG_RIP]);
   m.sp = static_cast<uintptr_t>(g[REG_RSP]);
+  m.cs = static_cast<uintptr_t>(g[REG_CSGSFS]) & 0xffff;
   m.write = (g[REG_ERR] & 2) != 0;  // page fault error code: the access was a write
 #else
   (void)context;
@@ -426,13 +428,10 @@ int WriteCrashReport(int signal, siginfo_t *info, void *context) {
     });
     out << g_Facts.programName << " caused "
         << ExceptionName(signal, info ? info->si_code : 0, address, machine.sp) << " in module " << module << " at ";
-#if defined(__x86_64__)
-    out.Hex(context ? static_cast<uint64_t>(static_cast<const ucontext_t *>(context)->uc_mcontext.gregs[REG_CSGSFS]) & 0xffff : 0, 4);
-#else
-    out.Hex(0, 4);
-#endif
-    out << ":", out.Hex(machine.pc, 8) << ".\n";
-    out << "Exception handler called in main thread.\n";
+    out.Hex(machine.cs, 4) << ":", out.Hex(machine.pc, 8) << ".\n";
+    // The upload thread is the only other one.
+    out << "Exception handler called in " << (syscall(SYS_gettid) == getpid() ? "main thread" : "another thread")
+        << ".\n";
 
     struct sysinfo mem = {};
     sysinfo(&mem);
