@@ -19,7 +19,7 @@ class IHttpPoster;
 // A date in UTC, as scene files keep theirs; all zero is unset.
 struct StatsDate : SceneDate {
   StatsDate() = default;
-  StatsDate(const SceneDate &d) : SceneDate(d) {}  // NOLINT: the same fields
+  StatsDate(const SceneDate &d) : SceneDate(d) {}  // implicit: the same six fields
   bool IsSet() const { return year || month || day || hour || minute || second; }
   // Whole seconds from a fixed epoch; 0 when unset. Only differences count.
   int64_t Seconds() const;
