@@ -16,8 +16,6 @@ bool IsLocalUrl(const std::string &url) {
 }
 
 void Post(const std::string &url, const std::string &body) {
-  // libcurl's first use loads its TLS library, which takes a while: here it
-  // costs the main thread nothing. Its global set-up is thread-safe.
   CURL *curl = curl_easy_init();
   if (!curl) return;
   curl_slist *headers = curl_slist_append(nullptr, "Content-Type: text/xml");
@@ -48,6 +46,11 @@ bool CCurlPoster::IsConnected(const std::string &url) {
 }
 
 bool CCurlPoster::PostAsync(const std::string &url, const std::string &body) {
+  // Set up before any thread uses libcurl: its TLS library registers a
+  // clean-up at exit, and one that runs while the upload thread is still
+  // initialising it crashes the ending process.
+  static const bool ready = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  if (!ready) return false;
   try {
     // The thread owns its copies of url and body, so they outlive it even
     // when the process ends first.

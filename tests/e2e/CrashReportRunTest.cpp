@@ -49,10 +49,9 @@ TEST(CrashReportRun, ACrashLeavesOneReportWithEverySectionInOrder) {
     // The program's handlers replace the sanitizers' own, which allow that by default.
     ASSERT_TRUE(velmor.Start({"/t"}, {std::string("VELMOR_TEST_CRASH=") + c.mode}));
     ASSERT_TRUE(velmor.WaitForExit(30s)) << "still running: the crash did not happen";
-    // The signal went on to its default action once the report was written.
+    // The signal went on to its default action once the report was written; its lines have no time stamps.
     EXPECT_TRUE(WIFSIGNALED(velmor.ExitStatus()) && WTERMSIG(velmor.ExitStatus()) == SIGSEGV)
         << "status " << velmor.ExitStatus() << "\n" << velmor.Output();
-    // The report's lines have no time stamps.
     std::istringstream in(TempDir::Read(velmor.UserFolder() + "/log.txt"));
     std::vector<std::string> log;
     for (std::string line; std::getline(in, line);) log.push_back(line);
