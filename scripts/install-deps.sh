@@ -19,6 +19,8 @@ PACKAGES=(
   libpulse-dev libsndfile1-dev
   # movies: record mode and velmor-tool record write through FFmpeg
   libavformat-dev libavcodec-dev libswscale-dev libavutil-dev
+  # the weekly usage statistics upload (HTTP POST)
+  libcurl4-openssl-dev
   # benchmark baseline for the audio spectrum
   libfftw3-dev
   # benchmark baseline for the expression language

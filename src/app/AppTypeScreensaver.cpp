@@ -294,6 +294,7 @@ void CAppTypeScreensaver::Serialize(CSerialize &s) {
   s.LeaveElement();
   s.EnterElement("Config");
   m_SendUsageInfo = s.Serialize("SendAnonymousUsageInfo", m_SendUsageInfo);
+  m_StatsUrl = s.Serialize("StatsUrl", m_StatsUrl);
   s.LeaveElement();
   s.LeaveElement();
   s.LeaveElement();

@@ -40,6 +40,8 @@ class CAppTypeScreensaver : public CAppTypeWin, private IMovieRecorder {
   int m_MouseMoves = 0;
   bool m_PreviewWaiting = false;
   bool m_SendUsageInfo = true;
+  // The usage statistics' service; VELMOR_STATS_URL in the environment wins.
+  std::string m_StatsUrl;
   // Run options for unattended runs: stop after this many seconds (0: never),
   // and save a picture into the folder every so many seconds.
   double m_RunSeconds = 0.0;

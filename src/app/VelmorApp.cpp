@@ -1,8 +1,10 @@
 #include "app/VelmorApp.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
+#include "app/AppTypeScreensaver.h"
 #include "app/AppTypeWin.h"
 #include "app/HostChannel.h"
 #include "core/Log.h"
@@ -10,11 +12,43 @@
 #include "core/Trace.h"
 #include "audio/SoundAnalyzer.h"
 #include "engine/EngineInterface.h"
+#include "engine/Stats.h"
 #include "engine/Velmor.h"
 #include "nodes/effect/FxNode.h"
+#include "platform/CrashReport.h"
 #include "render/Render.h"
+#include "render/RenderWin.h"
+#include "renderogl/RenderOGLBase.h"
 #include "render/Matrix.h"
 #include "scene/Serialize.h"
+
+namespace {
+// What the usage statistics learn of this process's host and screens.
+StatsHost DescribeStatsHost() {
+  StatsHost h;
+  h.application = g_AppType != nullptr;
+  if (!g_AppType) return h;
+  h.appType = g_AppType->m_AppType;
+  h.countsScenes = g_AppType->m_Settings.statisticsAllowed;
+  h.preview = g_AppType->m_Settings.preview;
+  h.userPath = UserPath();
+  const auto *saver = dynamic_cast<const CAppTypeScreensaver *>(g_AppType);
+  if (saver) h.sendUsageInfo = saver->m_SendUsageInfo;
+  h.endpoint = StatsEndpoint(saver ? saver->m_StatsUrl : std::string());
+  if (const auto *win = dynamic_cast<const CRenderWin *>(g_AppType->m_Render)) {
+    h.desktopSize = win->m_DesktopText;
+    h.numMonitors = win->m_MonitorCount;
+    CRect all;
+    for (int i = 0; i < win->m_MonitorCount; ++i) {
+      const CRect &r = win->m_Monitors[static_cast<size_t>(i)].m_Rect;
+      all = i == 0 ? r : CRect{std::min(all.left, r.left), std::min(all.top, r.top), std::max(all.right, r.right),
+                               std::max(all.bottom, r.bottom)};
+    }
+    h.virtualSize = std::to_string(all.Width()) + "x" + std::to_string(all.Height());
+  }
+  return h;
+}
+}  // namespace
 
 std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   auto engine = std::make_unique<CVelmor>();
@@ -31,6 +65,8 @@ std::unique_ptr<IVelmorEngine> CVelmorApp::MakeVelmorEngine() {
   engine->m_SetMaxFps = [](float fps) {
     if (g_AppType) g_AppType->m_MaxFps = fps;
   };
+  GetStats().SetHostDescription(DescribeStatsHost);
+  engine->m_Stats = &GetStats();
   return engine;
 }
 
@@ -45,6 +81,8 @@ bool CVelmorApp::Init() {
   if (!m_Engine && m_MakeEngine) m_Engine = m_MakeEngine();
   if (!m_Engine) return false;
   if (g_AppType) m_Engine->SetRender(g_AppType->m_Render);
+  if (auto *win = dynamic_cast<CRenderWin *>(g_AppType ? g_AppType->m_Render : nullptr))
+    SetCrashReportDesktop(win->m_DesktopWidth, win->m_DesktopHeight, win->m_DesktopBPP);
   StartRequest request;
   request.projectFile = m_ProjectFile;
   request.isScreensaver = m_IsScreensaver;
@@ -68,6 +106,12 @@ static CRender *CurrentRender() { return g_AppType ? g_AppType->m_Render : nullp
 
 bool CVelmorApp::Render() {
   TRACE_SCOPE("CVelmorApp::Render");
+  // The statistics name the driver, which answers only while a context is current.
+  if (GetStats().m_OpenGLInfo.empty())
+    if (const auto *ogl = dynamic_cast<const CRenderOGLBase *>(CurrentRender())) {
+      const GLInfo gl = ogl->QueryGLInfo();
+      if (!gl.vendor.empty()) GetStats().m_OpenGLInfo = gl.vendor + ", " + gl.renderer + ", " + gl.version;
+    }
   if (m_Engine) m_Engine->Draw(CurrentRender());
   return true;
 }
@@ -94,6 +138,7 @@ bool CVelmorApp::InvalidateDeviceObjects() {
 
 bool CVelmorApp::FrameFinished() {
   if (m_Engine) m_Engine->FrameFinished();
+  CrashIfTesting();
   return true;
 }
 

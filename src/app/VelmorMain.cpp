@@ -17,6 +17,7 @@
 #include "engine/DemoEngine.h"
 #include "nodes/BuiltinNodes.h"
 #include "platform/LineChannel.h"
+#include "platform/CrashReport.h"
 #include "platform/Signals.h"
 #include "renderogl/RenderOGL.h"
 
@@ -61,6 +62,7 @@ int RunDemo(int steps) {
 
 int main(int argc, char **argv) {
   InstallShutdownSignals();
+  InstallCrashHandler();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
   std::string pictures, audio, listen;

@@ -1,6 +1,7 @@
 #include "core/Log.h"
 
 #include "core/Clock.h"
+#include "core/LogFile.h"
 
 #include <cstdarg>
 #include <cstdio>
@@ -74,6 +75,8 @@ void StartLog(const char *path) {
   struct stat st;
   if (stat(path, &st) == 0 && st.st_size > LogLimits::MaxStartSize) unlink(path);
 }
+
+const char *GetLogPath() { return g_Log.path; }
 
 const char *GetFirstError() { return g_Log.firstError; }
 
