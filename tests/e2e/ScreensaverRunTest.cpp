@@ -49,11 +49,13 @@ TEST(ScreensaverRun, FullScreenOnBothMonitorsUntilTheMouseMoves) {
   EXPECT_TRUE(Same(second, kRight)) << second.x << "," << second.y << " " << second.width << "x" << second.height;
 
   // Each window shows a picture. The first scene may fade in from black, so
-  // each gets a few seconds to light up.
+  // each gets a few seconds to light up; the scene is chosen at random and
+  // some are mostly night (thin vector lines, star fields): one lit pixel in
+  // a hundred is a picture.
   for (Window w : windows) {
     double lit = 0.0;
-    velmor.PollWhileRunning(10s, 100ms, [&] { return (lit = x.LitShare(w)) >= 0.05; });
-    EXPECT_GE(lit, 0.05) << "window " << w << " stays black\n" << Joined(velmor.LogLines());
+    velmor.PollWhileRunning(10s, 100ms, [&] { return (lit = x.LitShare(w)) >= 0.01; });
+    EXPECT_GE(lit, 0.01) << "window " << w << " stays black\n" << Joined(velmor.LogLines());
   }
   ASSERT_TRUE(velmor.Running()) << velmor.Output() << Joined(velmor.LogLines());
 
