@@ -69,6 +69,7 @@ bool CVelmorApp::Render() {
 
 bool CVelmorApp::Update(float dt) {
   TRACE_SCOPE("CVelmorApp::Update");
+  m_FrameTimes.BeginFrame();
   if (m_Engine) m_Engine->Update(dt);
   return true;
 }
@@ -87,6 +88,7 @@ bool CVelmorApp::InvalidateDeviceObjects() {
 
 bool CVelmorApp::FrameFinished() {
   if (m_Engine) m_Engine->FrameFinished();
+  m_FrameTimes.EndFrame(m_Engine ? m_Engine->ActiveScene() : nullptr);
   return true;
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "app/FrameTimer.h"
 #include "app/UserApp3d.h"
 
 class IVelmorEngine;
@@ -46,6 +47,8 @@ class CVelmorApp : public CUserApp3d {
 
   std::string m_ProjectFile;
   bool m_IsScreensaver = true;
+  // Closed unless the command line asks for frame times.
+  CFrameTimeLog m_FrameTimes;
 
  private:
   EngineMaker m_MakeEngine;

@@ -41,6 +41,7 @@ void Usage(FILE *out) {
           "  --picture-every S    seconds between pictures\n"
           "  --demo [STEPS]       run the built-in demo graph without a window, printing each step\n"
           "  --audio FILE         hear a sound file (WAV, FLAC, ...) instead of capturing the machine's output\n"
+          "  --frame-times FILE   write one CSV line per frame: scene time, frame milliseconds, scene file\n"
           "F9 saves a picture into the Screenshots folder of the user's folder.\n");
 }
 
@@ -59,7 +60,7 @@ int main(int argc, char **argv) {
   InstallShutdownSignals();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
-  std::string pictures, audio;
+  std::string pictures, audio, frameTimes;
   for (int i = 1; i < argc; ++i) {
     const char *a = argv[i];
     if (!strcmp(a, "--help")) {
@@ -73,6 +74,8 @@ int main(int argc, char **argv) {
       pictures = argv[++i];
     } else if (!strcmp(a, "--audio") && i + 1 < argc) {
       audio = argv[++i];
+    } else if (!strcmp(a, "--frame-times") && i + 1 < argc) {
+      frameTimes = argv[++i];
     } else if (!strcmp(a, "--picture-every") && i + 1 < argc) {
       every = atof(argv[++i]);
     } else {
@@ -81,8 +84,8 @@ int main(int argc, char **argv) {
   }
   args = TranslateLinuxSwitches(args, getenv("XSCREENSAVER_WINDOW"));
 
-  // Pictures and sound files are where the user pointed, not into the installation we change into.
-  for (std::string *path : {&pictures, &audio})
+  // Pictures, sound and frame-time files are where the user pointed, not into the installation we change into.
+  for (std::string *path : {&pictures, &audio, &frameTimes})
     if (!path->empty() && (*path)[0] != '/') {
       char cwd[4096];
       if (getcwd(cwd, sizeof(cwd))) *path = std::string(cwd) + "/" + *path;
@@ -92,6 +95,8 @@ int main(int argc, char **argv) {
   if (!audio.empty() && !PlaySoundFile(g_Sound, audio)) fprintf(stderr, "velmor: %s\n", GetFirstError());
   {
     CVelmorApp app(&CVelmorApp::MakeVelmorEngine);
+    if (!frameTimes.empty() && !app.m_FrameTimes.Open(frameTimes))
+      fprintf(stderr, "velmor: can't write frame times to \"%s\"\n", frameTimes.c_str());
     CAppTypeScreensaver host(&app, [] { return std::make_unique<CRenderOGL>(); });
     host.m_AppPath = folders.appPath;
     host.m_UserPath = folders.userPath;

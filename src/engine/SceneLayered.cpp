@@ -74,6 +74,12 @@ std::string CSceneLayered::GetFile() const {
   return file(m_Background) + ";" + file(m_Foreground) + ";" + file(m_Postprocessing);
 }
 
+float CSceneLayered::GetTime() const {
+  for (const CScene *layer : {m_Background, m_Foreground, m_Postprocessing})
+    if (layer) return layer->GetTime();
+  return 0.0f;
+}
+
 std::string CSceneLayered::GetName() const {
   auto name = [](const CScene *s) { return s ? s->GetName() : std::string(); };
   return name(m_Background) + "-" + name(m_Foreground) + "-" + name(m_Postprocessing);

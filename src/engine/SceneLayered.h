@@ -21,6 +21,8 @@ class CSceneLayered : public CSceneBase {
   void Activate() override;
   std::string GetFile() const override;
   std::string GetName() const override;
+  // The first layer's clock.
+  float GetTime() const override;
   void Deactivate() override;
 
   // Exactly one of background and foreground is the same file as in

@@ -37,6 +37,7 @@ class CVelmor : public IVelmorEngine {
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   std::string ActiveSceneName() const override;
+  const CSceneBase *ActiveScene() const override { return m_ActiveScene; }
   void SerializeSettings(CSerialize &serializer, bool isScreensaver) override;
   void SetRender(CRender *render) override { m_Render = render; }
 

@@ -23,6 +23,7 @@ class CScene : public CDag, public CSceneBase {
   void Deactivate() override { CDag::Deactivate(); }
   std::string GetFile() const override { return m_File; }
   std::string GetName() const override { return m_Name; }
+  float GetTime() const override { return m_FrameInfo.Time; }
   int GetCompatibility(const CSceneBase *other) const override;
 
   void Serialize(CSerialize &serializer);

@@ -19,6 +19,8 @@ class CSceneBase {
   virtual void Activate() = 0;
   virtual std::string GetFile() const = 0;
   virtual std::string GetName() const = 0;
+  // Seconds on the scene's own clock.
+  virtual float GetTime() const = 0;
   virtual void Deactivate() = 0;
   // 0: must not be combined, 1: no opinion, 2: good together.
   virtual int GetCompatibility(const CSceneBase *) const { return 1; }
