@@ -2,16 +2,17 @@
 # The frame cost of every scene of the bundled projects at 1280x720 and
 # 640x360, beside a peer (Debian's libprojectM drawing a fixed list of its
 # presets, bench/peer) in the same run, on the same X server and OpenGL.
-#   bench/scenes.sh [SECONDS] [PEER_FRAMES]
-# A scene's cost is the time `velmor-tool render` takes to reach SECONDS of
-# scene time (30 frames a second) minus the time it takes to draw t=0, so
-# loading, effect compiling and the window are left out. Without DISPLAY it
+#   bench/scenes.sh [FRAMES] [PEER_FRAMES]
+# A scene's cost is the time of FRAMES frames drawn by bench_scenes (as
+# `velmor-tool render` draws them, at 30 frames a second of scene time) after
+# a few settling ones, so loading, effect compiling, the window and the
+# driver's shader compiles are left out. Without DISPLAY it
 # starts its own Xvfb (display $BENCH_DISPLAY, 99 when unset). Uses the
 # Release build, building what it needs; installs the peer's packages (root)
 # when they are missing. Velmor itself never links the peer.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-seconds=${1:-3}
+frames=${1:-60}
 peer_frames=${2:-30}
 sizes=(1280x720 640x360)
 
@@ -21,8 +22,8 @@ if [ -z "${DISPLAY:-}" ]; then
 fi
 
 build=$root/build/release
-tool=$build/src/tool/velmor-tool
-[ -x "$tool" ] || bash "$root/scripts/build.sh" release --target velmor-tool >&2
+timer=$build/bench/bench_scenes
+[ -x "$timer" ] || bash "$root/scripts/build.sh" release --target bench_scenes >&2
 
 peer=$build/bench/peer/peer
 if ! pkg-config --exists libprojectM || [ ! -d /usr/share/projectM/presets ]; then
@@ -37,41 +38,22 @@ fi
 # Every scene file the bundled projects name, each once.
 mapfile -t scenes < <(sed -n 's/.*File="\[apppath\]\([^"]*\.vms\)".*/\1/p' "$root"/assets/projects/*.vmp | sort -u)
 
-now() { date +%s.%N; }
-# Seconds `velmor-tool render` takes for a scene at a size up to a time.
-render_seconds() {
-  local start
-  start=$(now)
-  (cd "$root/assets" && "$tool" render "$1" --size "$2" --time "$3" --seed 1 -o "$out/frame.png" >/dev/null 2>&1) ||
-    { echo "-1"; return; }
-  awk -v a="$start" -v b="$(now)" 'BEGIN { print b - a }'
-}
 out=$(mktemp -d)
 trap 'rm -rf "$out"' EXIT
-frames=$(awk -v s="$seconds" 'BEGIN { print s * 30 }')
 
-table=$out/table
-printf "%-22s %12s %12s\n" "ms per frame" "${sizes[@]}"
-for scene in "${scenes[@]}"; do
-  row=$(basename "$scene" .vms)
-  for size in "${sizes[@]}"; do
-    zero=$(render_seconds "$scene" "$size" 0)
-    full=$(render_seconds "$scene" "$size" "$seconds")
-    if [ "$zero" = -1 ] || [ "$full" = -1 ]; then
-      row+=" failed"
-    else
-      row+=" $(awk -v a="$zero" -v b="$full" -v n="$frames" 'BEGIN { printf "%.2f", (b - a) * 1000 / n }')"
-    fi
-  done
-  echo "$row" >>"$table"
-  echo "$row" | awk '{ printf "%-22s %12s %12s\n", $1, $2, $3 }'
-done
-
+# Size by size, the peer and then the scenes, so that both see about the
+# same load on a shared machine.
 peers=()
 for size in "${sizes[@]}"; do
-  "$peer" "${size%x*}" "${size#*x}" "$peer_frames" "$root/bench/peer/presets.txt" 2>/dev/null >"$out/peer-$size"
+  "$peer" "${size%x*}" "${size#*x}" "$peer_frames" "$root/bench/peer/presets.txt" 2>/dev/null >"$out/peer-$size" || true
   peers+=("$out/peer-$size")
+  (cd "$root/assets" && "$timer" "$size" "$frames" "${scenes[@]}" 2>/dev/null) | cut -d' ' -f1 >"$out/velmor-$size"
 done
+table=$out/table
+printf '%s\n' "${scenes[@]}" | xargs -n1 basename | sed 's/\.vms$//' |
+  paste -d' ' - "$out/velmor-${sizes[0]}" "$out/velmor-${sizes[1]}" >"$table"
+printf "%-22s %12s %12s\n" "ms per frame" "${sizes[@]}"
+awk '{ printf "%-22s %12s %12s\n", $1, $2, $3 }' "$table"
 
 # Medians and the worst scene per size, and the ratios against the peer.
 awk -v sizes="${sizes[*]}" -v p1="${peers[0]}" -v p2="${peers[1]}" '

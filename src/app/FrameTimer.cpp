@@ -61,7 +61,9 @@ void CFrameTimeLog::EndFrame(const CSceneBase *scene) {
   m_Timer.Tick();
   if (scene != m_Scene) {  // the file name is made once a scene, not every frame
     m_Scene = scene;
-    m_SceneField = scene ? CsvField(scene->GetFile()) : std::string();
+    // A scene played from its own file, not a project's, knows its name only.
+    const std::string file = scene ? scene->GetFile() : std::string();
+    m_SceneField = CsvField(file.empty() && scene ? scene->GetName() : file);
   }
   const float seconds = m_Timer.GetDelta();
   fprintf(m_File, "%.4f,%.3f,%s\n", scene ? static_cast<double>(scene->GetTime()) : 0.0, seconds * 1000.0,

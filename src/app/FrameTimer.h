@@ -22,7 +22,8 @@ class CFrameTimer {
 
 // One CSV line a frame, "time,ms,scene": the playing scene's clock, what the
 // frame cost in milliseconds (simulation, drawing and presenting; not the
-// wait for the frame-rate cap) and the scene's file. Lines collect in a large
+// wait for the frame-rate cap) and the scene's file (its name when it has
+// none). Lines collect in a large
 // buffer that is written every couple of seconds and at the end, so that the
 // log doesn't slow the frames it measures.
 class CFrameTimeLog {

@@ -43,6 +43,11 @@ bool CSceneLayered::RestoreDevice(CRender *render) {
 void CSceneLayered::InvalidateDevice(CRender *render) {
   EachLayer([&](CScene &s) { s.InvalidateDevice(render); });
 }
+bool CSceneLayered::PrepareDevice(CRender *render, double budgetMs) {
+  for (CScene *s : {m_Background, m_Foreground, m_Postprocessing})
+    if (s && !s->PrepareDevice(render, budgetMs)) return false;
+  return true;
+}
 void CSceneLayered::Activate() {
   EachLayer([](CScene &s) { s.Activate(); });
 }

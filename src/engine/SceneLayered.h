@@ -18,6 +18,8 @@ class CSceneLayered : public CSceneBase {
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   void Draw(CRender *render) override;
+  // One layer after the other, each with the budget.
+  bool PrepareDevice(CRender *render, double budgetMs) override;
   void Activate() override;
   std::string GetFile() const override;
   std::string GetName() const override;

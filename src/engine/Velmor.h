@@ -79,6 +79,14 @@ class CVelmor : public IVelmorEngine {
   std::list<std::unique_ptr<CScene>> m_ForegroundScenes;
   std::list<std::unique_ptr<CScene>> m_PostprocessingScenes;
   CSceneBase *m_ActiveScene = nullptr;
+  // The scene that stays on screen after a switch while the new active one
+  // readies its device objects a few milliseconds a frame; null when none.
+  CSceneBase *m_Outgoing = nullptr;
+  int m_HandOverFrames = 0;
+  // Milliseconds a frame spends readying the new scene; 0 switches at once.
+  double m_HandOverBudgetMs = 4.0;
+  // However slow the readying, the new scene shows after these many frames.
+  static constexpr int MaxHandOverFrames = 30;
   CNodeFactoryRef m_NodeFactory;
   bool m_IsProject = true;
   bool m_AutoGotoNextScene = true;
@@ -112,6 +120,9 @@ class CVelmor : public IVelmorEngine {
   void AddCompactEntry(std::unique_ptr<CScene> scene);
   void DropLayer(const CScene *scene);
   int StandaloneIndex(int presetIndex) const;
+  // Releases the outgoing scene's device objects, except those of layers
+  // the active entry plays too.
+  void EndHandOver();
 
   IStats m_NoStats;
   ICommandRunner m_NoCommands;

@@ -16,6 +16,9 @@ class CSceneBase {
   virtual bool RestoreDevice(CRender *render) = 0;
   virtual void InvalidateDevice(CRender *render) = 0;
   virtual void Draw(CRender *render) = 0;
+  // Readies device objects for the next Draw for about `budgetMs`
+  // milliseconds; true when nothing is left to ready.
+  virtual bool PrepareDevice(CRender *render, double budgetMs) = 0;
   virtual void Activate() = 0;
   virtual std::string GetFile() const = 0;
   virtual std::string GetName() const = 0;

@@ -30,6 +30,9 @@ CToolEngine::CToolEngine() {
   };
   engine.m_AutoGotoNextScene = false;
   engine.m_RandomizeScene = false;
+  // Offline pictures wait for nothing: a switch shows the new scene at
+  // once, so that the same command gives the same frames.
+  engine.m_HandOverBudgetMs = 0.0;
 }
 
 bool CToolEngine::Load(const std::string &file) {
