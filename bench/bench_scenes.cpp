@@ -1,15 +1,18 @@
 // The frame cost of scenes, in process: each scene is loaded and drawn into
 // a window of the given size as velmor-tool render draws it, a few frames
 // are drawn first (loading, effect compiling and the driver's shader
-// compiles are left out), then FRAMES frames are timed. One line per scene:
-// "MS_PER_FRAME FILE" ("failed FILE" when it can't be loaded or drawn).
-// bench/scenes.sh runs it for every scene of the bundled projects.
-//   bench_scenes WIDTHxHEIGHT FRAMES SCENE.vms...   (in the installation folder, under X)
+// compiles are left out), then FRAMES frames are timed. Every scene is
+// timed ROUNDS times, one round after the other, and keeps its best round:
+// on a shared machine, the round least disturbed by others. One line per
+// scene: "MS_PER_FRAME FILE" ("failed FILE" when it can't be loaded or
+// drawn). bench/scenes.sh runs it for every scene of the bundled projects.
+//   bench_scenes WIDTHxHEIGHT FRAMES ROUNDS SCENE.vms...   (in the installation folder, under X)
 #include <GL/gl.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 #include "tool/ToolScene.h"
 #include "tool/ToolWindow.h"
@@ -40,17 +43,25 @@ double FrameMs(const char *file, int width, int height, int frames) {
 
 int main(int argc, char **argv) {
   int width = 0, height = 0;
-  if (argc < 4 || sscanf(argv[1], "%dx%d", &width, &height) != 2 || width < 16 || height < 16 || atoi(argv[2]) < 1) {
-    fprintf(stderr, "usage: bench_scenes WIDTHxHEIGHT FRAMES SCENE.vms...\n");
+  const int frames = argc > 2 ? atoi(argv[2]) : 0, rounds = argc > 3 ? atoi(argv[3]) : 0;
+  if (argc < 5 || sscanf(argv[1], "%dx%d", &width, &height) != 2 || width < 16 || height < 16 || frames < 1 ||
+      rounds < 1) {
+    fprintf(stderr, "usage: bench_scenes WIDTHxHEIGHT FRAMES ROUNDS SCENE.vms...\n");
     return 2;
   }
-  for (int i = 3; i < argc; ++i) {
-    const double ms = FrameMs(argv[i], width, height, atoi(argv[2]));
+  std::vector<double> best(static_cast<size_t>(argc - 4), -1.0);
+  for (int round = 0; round < rounds; ++round)
+    for (int i = 4; i < argc; ++i) {
+      const double ms = FrameMs(argv[i], width, height, frames);
+      double &b = best[static_cast<size_t>(i - 4)];
+      if (ms >= 0 && (b < 0 || ms < b)) b = ms;
+    }
+  for (int i = 4; i < argc; ++i) {
+    const double ms = best[static_cast<size_t>(i - 4)];
     if (ms < 0)
       printf("failed %s\n", argv[i]);
     else
       printf("%.2f %s\n", ms, argv[i]);
-    fflush(stdout);
   }
   return 0;
 }

@@ -2,11 +2,12 @@
 # The frame cost of every scene of the bundled projects at 1280x720 and
 # 640x360, beside a peer (Debian's libprojectM drawing a fixed list of its
 # presets, bench/peer) in the same run, on the same X server and OpenGL.
-#   bench/scenes.sh [FRAMES] [PEER_FRAMES]
+#   bench/scenes.sh [FRAMES] [PEER_FRAMES] [ROUNDS]
 # A scene's cost is the time of FRAMES frames drawn by bench_scenes (as
 # `velmor-tool render` draws them, at 30 frames a second of scene time) after
 # a few settling ones, so loading, effect compiling, the window and the
-# driver's shader compiles are left out. Without DISPLAY it
+# driver's shader compiles are left out; the peer's presets likewise. Each
+# scene and preset keeps its best of ROUNDS rounds. Without DISPLAY it
 # starts its own Xvfb (display $BENCH_DISPLAY, 99 when unset). Uses the
 # Release build, building what it needs; installs the peer's packages (root)
 # when they are missing. Velmor itself never links the peer.
@@ -14,6 +15,7 @@ set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 frames=${1:-60}
 peer_frames=${2:-30}
+rounds=${3:-2}
 sizes=(1280x720 640x360)
 
 if [ -z "${DISPLAY:-}" ]; then
@@ -45,9 +47,10 @@ trap 'rm -rf "$out"' EXIT
 # same load on a shared machine.
 peers=()
 for size in "${sizes[@]}"; do
-  "$peer" "${size%x*}" "${size#*x}" "$peer_frames" "$root/bench/peer/presets.txt" 2>/dev/null >"$out/peer-$size" || true
+  "$peer" "${size%x*}" "${size#*x}" "$peer_frames" "$rounds" "$root/bench/peer/presets.txt" 2>/dev/null |
+    grep -E '^[0-9.]+ ' >"$out/peer-$size" || true
   peers+=("$out/peer-$size")
-  (cd "$root/assets" && "$timer" "$size" "$frames" "${scenes[@]}" 2>/dev/null) | cut -d' ' -f1 >"$out/velmor-$size"
+  (cd "$root/assets" && "$timer" "$size" "$frames" "$rounds" "${scenes[@]}" 2>/dev/null) | cut -d' ' -f1 >"$out/velmor-$size"
 done
 table=$out/table
 printf '%s\n' "${scenes[@]}" | xargs -n1 basename | sed 's/\.vms$//' |
