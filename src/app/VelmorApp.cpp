@@ -118,6 +118,7 @@ bool CVelmorApp::Render() {
 
 bool CVelmorApp::Update(float dt) {
   TRACE_SCOPE("CVelmorApp::Update");
+  m_FrameTimes.BeginFrame();
   if (m_HostChannel) m_HostChannel->BeforeUpdate();
   if (m_Engine) m_Engine->Update(dt);
   if (m_HostChannel) m_HostChannel->AfterUpdate();
@@ -139,6 +140,7 @@ bool CVelmorApp::InvalidateDeviceObjects() {
 bool CVelmorApp::FrameFinished() {
   if (m_Engine) m_Engine->FrameFinished();
   CrashIfTesting();
+  m_FrameTimes.EndFrame(m_Engine ? m_Engine->ActiveScene() : nullptr);
   return true;
 }
 

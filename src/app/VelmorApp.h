@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "app/FrameTimer.h"
 #include "app/UserApp3d.h"
 
 class CHostChannel;
@@ -49,6 +50,8 @@ class CVelmorApp : public CUserApp3d {
   bool m_IsScreensaver = true;
   // Host commands arriving while the program runs (--listen); may be null.
   std::unique_ptr<CHostChannel> m_HostChannel;
+  // Closed unless the command line asks for frame times.
+  CFrameTimeLog m_FrameTimes;
 
  private:
   EngineMaker m_MakeEngine;

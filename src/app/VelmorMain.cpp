@@ -46,6 +46,7 @@ void Usage(FILE *out) {
           "  --audio FILE         hear a sound file (WAV, FLAC, ...) instead of capturing the machine's output\n"
           "  --listen PATH        take XML command documents, one per line, on an owner-only Unix socket at PATH;\n"
           "                       each line is answered with its frame's reply document on one line\n"
+          "  --frame-times FILE   write one CSV line per frame: scene time, frame milliseconds, scene file\n"
           "F9 saves a picture into the Screenshots folder of the user's folder.\n");
 }
 
@@ -65,7 +66,7 @@ int main(int argc, char **argv) {
   InstallCrashHandler();
   std::vector<std::string> args;
   double seconds = 0.0, every = 1.0;
-  std::string pictures, audio, listen;
+  std::string pictures, audio, listen, frameTimes;
   for (int i = 1; i < argc; ++i) {
     const char *a = argv[i];
     if (!strcmp(a, "--help")) {
@@ -81,6 +82,8 @@ int main(int argc, char **argv) {
       audio = argv[++i];
     } else if (!strcmp(a, "--listen") && i + 1 < argc) {
       listen = argv[++i];
+    } else if (!strcmp(a, "--frame-times") && i + 1 < argc) {
+      frameTimes = argv[++i];
     } else if (!strcmp(a, "--picture-every") && i + 1 < argc) {
       every = atof(argv[++i]);
     } else {
@@ -89,8 +92,8 @@ int main(int argc, char **argv) {
   }
   args = TranslateLinuxSwitches(args, getenv("XSCREENSAVER_WINDOW"));
 
-  // Pictures and sound files are where the user pointed, not into the installation we change into.
-  for (std::string *path : {&pictures, &audio, &listen})
+  // Pictures, sound, socket and frame-time files are where the user pointed, not into the installation we change into.
+  for (std::string *path : {&pictures, &audio, &listen, &frameTimes})
     if (!path->empty() && (*path)[0] != '/') {
       char cwd[4096];
       if (getcwd(cwd, sizeof(cwd))) *path = std::string(cwd) + "/" + *path;
@@ -108,6 +111,8 @@ int main(int argc, char **argv) {
       }
       app.m_HostChannel = std::make_unique<CHostChannel>(std::move(channel));
     }
+    if (!frameTimes.empty() && !app.m_FrameTimes.Open(frameTimes))
+      fprintf(stderr, "velmor: can't write frame times to \"%s\"\n", frameTimes.c_str());
     CAppTypeScreensaver host(&app, [] { return std::make_unique<CRenderOGL>(); });
     host.m_AppPath = folders.appPath;
     host.m_UserPath = folders.userPath;

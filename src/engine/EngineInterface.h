@@ -8,6 +8,7 @@
 #include "platform/WindowMessage.h"
 
 class CRender;
+class CSceneBase;
 class CSerialize;
 
 // What the program was asked to play, from the command line and config.
@@ -33,6 +34,8 @@ class IVelmorEngine {
   virtual void InvalidateDevice(CRender *render) = 0;
   // Empty when no scene is active.
   virtual std::string ActiveSceneName() const = 0;
+  // The entry that plays now; null when none does.
+  virtual const CSceneBase *ActiveScene() const { return nullptr; }
   // The play settings of config.xml, read or written at the current element;
   // visualizer defaults apply first when `isScreensaver` is false.
   virtual void SerializeSettings(CSerialize &, bool /*isScreensaver*/) {}

@@ -43,6 +43,11 @@ bool CSceneLayered::RestoreDevice(CRender *render) {
 void CSceneLayered::InvalidateDevice(CRender *render) {
   EachLayer([&](CScene &s) { s.InvalidateDevice(render); });
 }
+bool CSceneLayered::PrepareDevice(CRender *render, double budgetMs) {
+  for (CScene *s : {m_Background, m_Foreground, m_Postprocessing})
+    if (s && !s->PrepareDevice(render, budgetMs)) return false;
+  return true;
+}
 void CSceneLayered::Activate() {
   EachLayer([](CScene &s) { s.Activate(); });
 }
@@ -72,6 +77,12 @@ void CSceneLayered::Draw(CRender *render) {
 std::string CSceneLayered::GetFile() const {
   auto file = [](const CScene *s) { return s ? s->GetFile() : std::string(); };
   return file(m_Background) + ";" + file(m_Foreground) + ";" + file(m_Postprocessing);
+}
+
+float CSceneLayered::GetTime() const {
+  for (const CScene *layer : {m_Background, m_Foreground, m_Postprocessing})
+    if (layer) return layer->GetTime();
+  return 0.0f;
 }
 
 std::string CSceneLayered::GetName() const {

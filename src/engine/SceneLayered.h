@@ -18,9 +18,13 @@ class CSceneLayered : public CSceneBase {
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   void Draw(CRender *render) override;
+  // One layer after the other, each with the budget.
+  bool PrepareDevice(CRender *render, double budgetMs) override;
   void Activate() override;
   std::string GetFile() const override;
   std::string GetName() const override;
+  // The first layer's clock.
+  float GetTime() const override;
   void Deactivate() override;
 
   // Exactly one of background and foreground is the same file as in

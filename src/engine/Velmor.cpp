@@ -1,6 +1,7 @@
 #include "engine/Velmor.h"
 
 #include <cstring>
+#include <utility>
 
 #include "core/Clock.h"
 #include "core/Log.h"
@@ -46,6 +47,7 @@ bool CVelmor::Init() {
 void CVelmor::Free() {
   m_Stats->Exit();
   m_ActiveScene = nullptr;
+  m_Outgoing = nullptr;
   m_Transitions.clear();
   m_Scenes.clear();
   m_BackgroundScenes.clear();
@@ -75,6 +77,12 @@ bool CVelmor::Update(float dt) {
 bool CVelmor::Draw(CRender *render) {
   TRACE_SCOPE("CVelmor::Draw");
   if (!render) return true;
+  if (m_Outgoing && m_ActiveScene && ++m_HandOverFrames <= MaxHandOverFrames &&
+      !m_ActiveScene->PrepareDevice(render, m_HandOverBudgetMs)) {
+    m_Outgoing->Draw(render);
+    return true;
+  }
+  EndHandOver();
   if (m_ActiveScene) {
     m_ActiveScene->Draw(render);
   } else {
@@ -98,7 +106,19 @@ bool CVelmor::RestoreDevice(CRender *render) {
 }
 
 void CVelmor::InvalidateDevice(CRender *render) {
+  if (m_Outgoing && render) m_Outgoing->InvalidateDevice(render);
+  m_Outgoing = nullptr;
   if (m_ActiveScene && render) m_ActiveScene->InvalidateDevice(render);
+}
+
+void CVelmor::EndHandOver() {
+  CSceneBase *old = std::exchange(m_Outgoing, nullptr);
+  if (!old || !m_Render) return;
+  const auto *from = dynamic_cast<const CSceneLayered *>(old);
+  const auto *to = dynamic_cast<const CSceneLayered *>(m_ActiveScene);
+  if (!from || !to) return old->InvalidateDevice(m_Render);
+  for (CScene *layer : {from->m_Background, from->m_Foreground, from->m_Postprocessing})
+    if (layer && !to->Uses(layer)) layer->InvalidateDevice(m_Render);
 }
 
 std::string CVelmor::ActiveSceneName() const { return m_ActiveScene ? m_ActiveScene->GetName() : std::string(); }
@@ -150,7 +170,16 @@ void CVelmor::SetActiveScene(CSceneBase *scene) {
   TRACE_SCOPE_LOGGED("CVelmor::SetActiveScene");
   m_Stats->SceneEnd();
   if (m_ActiveScene) m_ActiveScene->Deactivate();
-  InvalidateDevice(m_Render);
+  // The old scene stays on screen until the new one has what it needs,
+  // so that the switch doesn't stall a frame; without a renderer, or
+  // with no picture to keep, it goes at once.
+  EndHandOver();
+  if (m_HandOverBudgetMs > 0.0 && m_Render && scene && m_ActiveScene && scene != m_ActiveScene) {
+    m_Outgoing = m_ActiveScene;
+    m_HandOverFrames = 0;
+  } else {
+    InvalidateDevice(m_Render);
+  }
   m_ActiveScene = scene;
   if (!scene) return;
   scene->Activate();

@@ -38,6 +38,7 @@ class CVelmor : public IVelmorEngine {
   bool RestoreDevice(CRender *render) override;
   void InvalidateDevice(CRender *render) override;
   std::string ActiveSceneName() const override;
+  const CSceneBase *ActiveScene() const override { return m_ActiveScene; }
   void SerializeSettings(CSerialize &serializer, bool isScreensaver) override;
   void SetRender(CRender *render) override { m_Render = render; }
 
@@ -84,6 +85,14 @@ class CVelmor : public IVelmorEngine {
   std::list<std::unique_ptr<CScene>> m_ForegroundScenes;
   std::list<std::unique_ptr<CScene>> m_PostprocessingScenes;
   CSceneBase *m_ActiveScene = nullptr;
+  // The scene that stays on screen after a switch while the new active one
+  // readies its device objects a few milliseconds a frame; null when none.
+  CSceneBase *m_Outgoing = nullptr;
+  int m_HandOverFrames = 0;
+  // Milliseconds a frame spends readying the new scene; 0 switches at once.
+  double m_HandOverBudgetMs = 4.0;
+  // However slow the readying, the new scene shows after these many frames.
+  static constexpr int MaxHandOverFrames = 30;
   CNodeFactoryRef m_NodeFactory;
   bool m_IsProject = true;
   bool m_AutoGotoNextScene = true;
@@ -121,6 +130,9 @@ class CVelmor : public IVelmorEngine {
   void AddCompactEntry(std::unique_ptr<CScene> scene);
   void DropLayer(const CScene *scene);
   int StandaloneIndex(int presetIndex) const;
+  // Releases the outgoing scene's device objects, except those of layers
+  // the active entry plays too.
+  void EndHandOver();
 
   IStats m_NoStats;
   CScriptEngineRef m_Script;

@@ -255,6 +255,7 @@ bool CVelmor::RemoveScene(const std::string &file, const std::string &name) {
   CSceneBase *scene = FindScene(file, name, nullptr);
   if (!scene) return LogError("Delete failed. Unable to find '%s' from '%s'", name.c_str(), file.c_str());
   if (scene == m_ActiveScene) SetActiveScene(nullptr);
+  if (scene == m_Outgoing) EndHandOver();
   m_Scenes.remove_if([&](const std::unique_ptr<CSceneBase> &s) { return s.get() == scene; });
   return true;
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "core/Clock.h"
 #include "core/Log.h"
 #include "core/Random.h"
 #include "portdata/PDMesh.h"
@@ -27,6 +28,9 @@ int SplitAddress(const char *address, std::string tokens[3]) {
   }
   return n;
 }
+
+// The bit of render's unit in the nodes' and meshes' dirty masks.
+uint32_t UnitBit(const CRender *render) { return 1u << (render->m_RenderUnit & 31); }
 
 template <typename F>
 void ForEachMeshPort(const std::vector<CPort *> &ports, F f) {
@@ -171,27 +175,53 @@ void CDag::Step(float dt, bool warmup) {
   }
 }
 
+bool CDag::PrepareNode(CNode *node, CRender *render, uint32_t bit) {
+  bool work = false;
+  if (node->m_DirtyUnits & bit) {
+    work = true;
+    if (render) {
+      node->m_DirtyUnits &= ~bit;
+      node->ResetDevice(render);
+    }
+  }
+  ForEachMeshPort(node->m_OutPorts, [&](CPDMesh *mesh) {
+    if (!(mesh->m_DirtyUnits & bit)) return;
+    work = true;
+    if (!render) return;
+    mesh->m_DirtyUnits &= ~bit;
+    mesh->MeshUpdateDevice(render);
+  });
+  return work;
+}
+
 void CDag::Draw(CRender *render) {
   if (!m_Screen) return;
   m_FrameInfo.Aspect = render->GetAspect();
-  const uint32_t bit = 1u << (render->m_RenderUnit & 31);
-  for (CNode *n : m_Nodes) {
-    if (n->m_DirtyUnits & bit) {
-      n->m_DirtyUnits &= ~bit;
-      n->ResetDevice(render);
-    }
-    ForEachMeshPort(n->m_OutPorts, [&](CPDMesh *mesh) {
-      if (!(mesh->m_DirtyUnits & bit)) return;
-      mesh->m_DirtyUnits &= ~bit;
-      mesh->MeshUpdateDevice(render);
-    });
-  }
+  const uint32_t bit = UnitBit(render);
+  for (CNode *n : m_Nodes) PrepareNode(n, render, bit);
   m_DrawList.Draw(render);
+}
+
+bool CDag::PrepareDevice(CRender *render, double budgetMs) {
+  if (!m_Screen) return true;
+  const uint32_t bit = UnitBit(render);
+  IClock &clock = GetClock();
+  const int64_t start = clock.Counter();
+  // A clock without a rate sets no limit.
+  const double budgetTicks = budgetMs * static_cast<double>(clock.Frequency()) / 1000.0;
+  bool first = true;
+  for (CNode *n : m_Nodes) {
+    if (!PrepareNode(n, nullptr, bit)) continue;
+    if (!first && budgetTicks > 0.0 && static_cast<double>(clock.Counter() - start) >= budgetTicks) return false;
+    first = false;
+    PrepareNode(n, render, bit);
+  }
+  return true;
 }
 
 bool CDag::RestoreDevice(CRender *render) {
   m_FrameInfo.Aspect = render->GetAspect();
-  const uint32_t bit = 1u << (render->m_RenderUnit & 31);
+  const uint32_t bit = UnitBit(render);
   for (CNode *n : m_Nodes) {
     n->m_DirtyUnits &= ~bit;
     if (!n->RestoreDevice(render)) return false;

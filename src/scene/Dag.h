@@ -40,6 +40,11 @@ class CDag {
 
   virtual void Update(float dt);
   virtual void Draw(CRender *render);
+  // Readies what the next Draw on render's unit needs (device objects of
+  // nodes marked for it, uploads of generated meshes), node by node, until
+  // `budgetMs` milliseconds have passed (at least one node). True when
+  // nothing is left: the next Draw creates nothing.
+  bool PrepareDevice(CRender *render, double budgetMs);
   virtual bool RestoreDevice(CRender *render);
   virtual void InvalidateDevice(CRender *render);
   void FrameFinished();
@@ -72,6 +77,11 @@ class CDag {
 
  protected:
   void Step(float dt, bool warmup);
+
+ private:
+  // Whether `node` has device work left for the unit `bit`; with `render`,
+  // does it.
+  static bool PrepareNode(CNode *node, CRender *render, uint32_t bit);
 };
 
 constexpr float WARMUP_STEP = 0.033333335f;

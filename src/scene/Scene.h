@@ -19,10 +19,12 @@ class CScene : public CDag, public CSceneBase {
   bool RestoreDevice(CRender *render) override { return CDag::RestoreDevice(render); }
   void InvalidateDevice(CRender *render) override { CDag::InvalidateDevice(render); }
   void Draw(CRender *render) override { CDag::Draw(render); }
+  bool PrepareDevice(CRender *render, double budgetMs) override { return CDag::PrepareDevice(render, budgetMs); }
   void Activate() override { CDag::Activate(); }
   void Deactivate() override { CDag::Deactivate(); }
   std::string GetFile() const override { return m_File; }
   std::string GetName() const override { return m_Name; }
+  float GetTime() const override { return m_FrameInfo.Time; }
   int GetCompatibility(const CSceneBase *other) const override;
 
   void Serialize(CSerialize &serializer);

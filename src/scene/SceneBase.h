@@ -16,9 +16,14 @@ class CSceneBase {
   virtual bool RestoreDevice(CRender *render) = 0;
   virtual void InvalidateDevice(CRender *render) = 0;
   virtual void Draw(CRender *render) = 0;
+  // Readies device objects for the next Draw for about `budgetMs`
+  // milliseconds; true when nothing is left to ready.
+  virtual bool PrepareDevice(CRender *render, double budgetMs) = 0;
   virtual void Activate() = 0;
   virtual std::string GetFile() const = 0;
   virtual std::string GetName() const = 0;
+  // Seconds on the scene's own clock.
+  virtual float GetTime() const = 0;
   virtual void Deactivate() = 0;
   // 0: must not be combined, 1: no opinion, 2: good together.
   virtual int GetCompatibility(const CSceneBase *) const { return 1; }

@@ -3,7 +3,6 @@
 #include "app/Folders.h"
 #include "core/Log.h"
 #include "core/Paths.h"
-#include "engine/SceneLayered.h"
 #include "nodes/BuiltinNodes.h"
 #include "nodes/effect/FxNode.h"
 #include "scene/Scene.h"
@@ -31,6 +30,9 @@ CToolEngine::CToolEngine() {
   };
   engine.m_AutoGotoNextScene = false;
   engine.m_RandomizeScene = false;
+  // Offline pictures wait for nothing: a switch shows the new scene at
+  // once, so that the same command gives the same frames.
+  engine.m_HandOverBudgetMs = 0.0;
 }
 
 bool CToolEngine::Load(const std::string &file) {
@@ -51,11 +53,7 @@ bool CToolEngine::Load(const std::string &file) {
 CSceneBase *CToolEngine::Active() const { return engine.m_ActiveScene; }
 
 float CToolEngine::ActiveTime() const {
-  if (const auto *s = dynamic_cast<const CScene *>(engine.m_ActiveScene)) return s->m_FrameInfo.Time;
-  if (const auto *l = dynamic_cast<const CSceneLayered *>(engine.m_ActiveScene))
-    for (const CScene *layer : {l->m_Background, l->m_Foreground, l->m_Postprocessing})
-      if (layer) return layer->m_FrameInfo.Time;
-  return 0.0f;
+  return engine.m_ActiveScene ? engine.m_ActiveScene->GetTime() : 0.0f;
 }
 
 CPort *CToolEngine::FindPort(const std::string &address, std::string &component) const {
