@@ -6,23 +6,23 @@
 #include <vector>
 
 #include "nodes/sim/Fluid2dNode.h"
-#include "nodes/sim/SimHarness.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "nodes/sim/TuringPatternNode.h"
 #include "support/CountingAllocator.h"
 #include "support/RatioReporter.h"
 
 namespace {
 template <typename N>
-void StepEveryFrame(benchmark::State &state, SimHarness<N> &sim) {
-  sim.Frames(10);  // the sizes are reached
+void StepEveryFrame(benchmark::State &state, SimNode<N> &sim) {
+  sim.Steps(10);  // the sizes are reached
   CountingAllocator::Scope allocs;
-  sim.Frames(30);
+  sim.Steps(30);
   state.counters["allocs_per_frame"] = static_cast<double>(allocs.Allocations()) / 30.0;
-  for (auto _ : state) sim.Frames(1);
+  for (auto _ : state) sim.Steps(1);
 }
 
 void BM_Fluid2dStep(benchmark::State &state) {
-  SimHarness<CFluid2dNode> fluid("Fluid2d", {{"GridCellsX", "128"}, {"GridCellsY", "128"}});
+  SimNode<CFluid2dNode> fluid("Fluid2d", {{"GridCellsX", "128"}, {"GridCellsY", "128"}});
   StepEveryFrame(state, fluid);
   state.counters["particles"] = static_cast<double>(fluid.node->Fluid().Particles().size());
 }
@@ -46,7 +46,7 @@ void BM_PlainSplat(benchmark::State &state) {
 BENCHMARK(BM_PlainSplat)->Unit(benchmark::kMicrosecond);
 
 void BM_TuringPatternStep(benchmark::State &state) {
-  SimHarness<CTuringPatternNode> turing("TuringPattern");
+  SimNode<CTuringPatternNode> turing("TuringPattern");
   StepEveryFrame(state, turing);
 }
 BENCHMARK(BM_TuringPatternStep)->Unit(benchmark::kMicrosecond);

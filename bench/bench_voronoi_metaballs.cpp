@@ -9,10 +9,11 @@
 
 #include "nodes/sim/MetaballField.h"
 #include "nodes/sim/MetaballsNode.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "nodes/sim/Voronoi.h"
+#include "nodes/sim/VoronoiNode.h"
 #include "support/CountingAllocator.h"
 #include "support/RatioReporter.h"
-#include "support/SteppedNode.h"
 
 namespace {
 constexpr int kRange = 1 << 20;
@@ -84,28 +85,28 @@ void BM_MetaballSurface(benchmark::State &state) {
 BENCHMARK(BM_MetaballSurface)->Arg(50)->Arg(CMetaballField::MaxGrid)->Unit(benchmark::kMillisecond);
 
 void BM_VoronoiNodeFrame(benchmark::State &state) {
-  SteppedNode v("Voronoi");
+  SimNode<CVoronoiNode> v("Voronoi");
   v.Set("NumPoints", "2000");
   v.Set("Expression", "pos.x = sin(pointnr + time) * 0.9; pos.y = cos(pointnr * 1.7 + time * 0.3) * 0.9;");
-  v.Step(30);
+  v.Steps(30);
   CountingAllocator::Scope allocs;
-  for (auto _ : state) v.Step();
+  for (auto _ : state) v.Steps();
   state.counters["allocs_per_frame"] = static_cast<double>(allocs.Allocations()) / state.iterations();
 }
 BENCHMARK(BM_VoronoiNodeFrame)->Unit(benchmark::kMillisecond);
 
 // Motion of the balls plus the surface walk a draw makes, through a sink.
 void BM_MetaballsNodeFrame(benchmark::State &state) {
-  SteppedNode m("Metaballs");
-  m.Step(30);
-  const auto &node = m.As<CMetaballsNode>();
+  SimNode<CMetaballsNode> m("Metaballs");
+  m.Steps(30);
+  const auto &node = *m.node;
   CMetaballField field;
   field.SetGrid(50);
   DiscardSink sink;
   field.Polygonise(node.Balls().data(), node.BallCount(), node.Level(), sink);  // the open list grows once
   CountingAllocator::Scope allocs;
   for (auto _ : state) {
-    m.Step();
+    m.Steps();
     field.Polygonise(node.Balls().data(), node.BallCount(), node.Level(), sink);
   }
   state.counters["allocs_per_frame"] = static_cast<double>(allocs.Allocations()) / state.iterations();

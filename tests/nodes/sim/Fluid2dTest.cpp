@@ -6,12 +6,12 @@
 #include <limits>
 
 #include "nodes/sim/Fluid2dNode.h"
-#include "nodes/sim/SimHarness.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "scene/PortValues.h"
 
 namespace {
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
-using Fluid = SimHarness<CFluid2dNode>;
+using Fluid = SimNode<CFluid2dNode>;
 
 bool DrawsOnlyNumbers(const CRenderPoints &p) {
   for (int k = 0; k < p.Count(); ++k) {
@@ -73,9 +73,9 @@ TEST(Fluid2d, NoPortValueBreaksTheLiquidOrReachesAVertex) {
         {"PrimType", row.type}, {"GridCellsX", row.w}, {"GridCellsY", row.h}, {"NumParticles", row.particles}};
     for (const auto &[port, value] : ints) f.Port<CPortInt>(port).m_Value = value;
     f.frame.Aspect = row.aspect;
-    f.Frames(row.frames, row.dt);
+    f.Steps(row.frames, row.dt);
     f.Port<CPortInt>("GridCellsX").m_Value = 6;  // the grid shrinks under the liquid: the walls take it in
-    f.Frames(2);
+    f.Steps(2);
     const CFluid2d &fluid = f.node->Fluid();
     const Extent e(fluid);
     SCOPED_TRACE(testing::Message() << "row " << &row - table);
@@ -90,15 +90,15 @@ TEST(Fluid2d, NoPortValueBreaksTheLiquidOrReachesAVertex) {
 
 TEST(Fluid2d, FallsUnderGravityAndSpreadsWithoutIt) {
   Fluid falling("Fluid2d", {{"NumParticles", "400"}, {"GridCellsX", "40"}, {"GridCellsY", "40"}});
-  const Extent start((falling.Frames(1), falling.node->Fluid()));
-  const Extent settled((falling.Frames(150), falling.node->Fluid()));
+  const Extent start((falling.Steps(1), falling.node->Fluid()));
+  const Extent settled((falling.Steps(150), falling.node->Fluid()));
   EXPECT_LT(settled.meanY, start.meanY - 5.0f) << "the liquid falls";
   EXPECT_LT(settled.lowY, 5.0f) << "and lies on the floor";
   EXPECT_GT(settled.highX - settled.lowX, start.highX - start.lowX) << "spreading along it";
 
   Fluid floating("Fluid2d", {{"NumParticles", "2000"}, {"GridCellsX", "40"}, {"GridCellsY", "40"}, {"Gravity", "0 0 0"}});
-  const Extent block((floating.Frames(1), floating.node->Fluid()));
-  const Extent spread((floating.Frames(100), floating.node->Fluid()));
+  const Extent block((floating.Steps(1), floating.node->Fluid()));
+  const Extent spread((floating.Steps(100), floating.node->Fluid()));
   EXPECT_GT(spread.highY - spread.lowY, block.highY - block.lowY) << "pressure alone spreads the block";
   EXPECT_NEAR(spread.meanY, block.meanY, 3.0f) << "without falling";
 
@@ -108,7 +108,7 @@ TEST(Fluid2d, TheSameSeedGivesTheSameField) {
   auto run = [](uint32_t seed) {
     Fluid f("Fluid2d", {{"NumParticles", "1500"}, {"GridCellsX", "64"}, {"GridCellsY", "48"}});
     SeedSharedRandom(seed);
-    f.Frames(40);
+    f.Steps(40);
     std::vector<float> field;
     for (const CFluid2d::Particle &p : f.node->Fluid().Particles()) field.insert(field.end(), {p.x, p.y, p.u, p.v});
     return field;

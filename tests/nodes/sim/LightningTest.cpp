@@ -6,11 +6,11 @@
 #include <string>
 
 #include "nodes/sim/LightningNode.h"
-#include "nodes/sim/SimHarness.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "scene/PortValues.h"
 
 namespace {
-using Lightning = SimHarness<CLightningNode>;
+using Lightning = SimNode<CLightningNode>;
 
 std::vector<CVector3> Path(const CLightningNode &node, int bolt) {
   std::vector<CVector3> path;
@@ -44,7 +44,7 @@ TEST(Lightning, BoltsJoinTheirEndsAndBranchesGrowOutOfBoltsWithinTheirBound) {
     Lightning l("Lightning", {{"Expression", "startpos.x = boltnr; startpos.y = 2; endpos.x = boltnr + 1; "
                                              "endpos.y = -3; endpos.z = 0.5; boltrandseed = 7;"}});
     SetPorts(l, row.bolts, row.detail, 0.01f, 0.0f, 0.75f, row.chance);
-    l.Frames(1);
+    l.Steps(1);
     const int bolts = static_cast<int>(l.node->Bolts().size());
     EXPECT_TRUE(bolts >= row.leastBolts && bolts <= row.mostBolts) << bolts << " bolts at detail " << row.detail;
     int quads = 0, mains = 0;
@@ -73,7 +73,7 @@ TEST(Lightning, TheSeedHoldsTheShapeAndJitterMovesIt) {
     Lightning l("Lightning", {{"NumBolts", "3"}, {"Expression", text.c_str()}});
     l.Port<CPortFloat>("Jitter").m_Value = jitter;
     l.frame.Time = time;
-    l.Frames(2);
+    l.Steps(2);
     return std::vector<float>{l.node->BoltPoints()[5].position.x, l.node->BoltPoints()[40].position.x};
   };
   EXPECT_EQ(shape(0, "boltrandseed = boltnr;", 1), shape(0, "boltrandseed = boltnr;", 9)) << "a seed of its own";
@@ -99,7 +99,7 @@ TEST(Lightning, NoPortOrTextValueReachesAVertexAndGrowthKeepsItsBudget) {
   for (const auto &row : table) {
     Lightning l("Lightning", {{"Expression", row.expression}});
     SetPorts(l, row.bolts, row.detail, row.width, row.jitter, row.scale, row.chance);
-    l.Frames(2);
+    l.Steps(2);
     EXPECT_LE(static_cast<int>(l.node->BoltPoints().size()), CLightningNode::MaxPoints) << row.expression;
     EXPECT_GT(l.node->Lines().Count(), 0) << row.expression;
     for (int q = 0; q < l.node->Lines().Count(); ++q)

@@ -6,11 +6,11 @@
 #include <limits>
 
 #include "nodes/sim/RibbonsNode.h"
-#include "nodes/sim/SimHarness.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "scene/PortValues.h"
 
 namespace {
-using Ribbons = SimHarness<CRibbonsNode>;
+using Ribbons = SimNode<CRibbonsNode>;
 
 // The middle of the pair of vertices across each point, strip by strip: a
 // strip of n points is n - 1 quads.
@@ -45,7 +45,7 @@ TEST(Ribbons, EachRibbonTrailsItsPointOldestFirst) {
     // pos.y counts frames of 1/30 s (scenetime is the frame's time).
     Ribbons r("Ribbons", {{"NumPoints", row.points}, {"EvaluationsPerSec", row.rate}, {"NumRibbons", "3"},
                           {"Expression", "pos.x = ribbonnr * numribbons; pos.y = floor(scenetime * 30 + 0.5);"}});
-    r.Frames(row.frames);
+    r.Steps(row.frames);
     const auto strips = Strips(*r.node);
     ASSERT_EQ(strips.size(), row.expected ? 3u : 0u) << row.points << "/" << row.rate;
     for (int ribbon = 0; ribbon < static_cast<int>(strips.size()); ++ribbon) {
@@ -75,7 +75,7 @@ TEST(Ribbons, NoPortOrTextValueReachesAVertex) {
     r.Port<CPortInt>("NumRibbons").m_Value = row.ribbons;
     r.Port<CPortInt>("NumPoints").m_Value = row.points;
     r.Port<CPortFloat>("EvaluationsPerSec").m_Value = row.rate;
-    r.Frames(3, row.dt);
+    r.Steps(3, row.dt);
     EXPECT_LE(r.node->Ribbons() * r.node->PointsPerRibbon(), CRibbonsNode::MaxPoints);
     for (int q = 0; q < r.node->Lines().Count(); ++q)
       for (const VertexPCT &v : r.node->Lines().Quads()[q].v) ASSERT_TRUE(Finite(v.x, v.y, v.z)) << row.expression;

@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "nodes/sim/SimHarness.h"
+#include "nodes/sim/SimNodeHarness.h"
 #include "nodes/sim/TuringPatternNode.h"
 #include "scene/PortValues.h"
 
 namespace {
-using Turing = SimHarness<CTuringPatternNode>;
+using Turing = SimNode<CTuringPatternNode>;
 
 // The mean difference of each cell from its right-hand neighbour: about 1/3
 // for noise, less for an image with shapes in it.
@@ -29,7 +29,7 @@ TEST(TuringPattern, AnySizeGivesAPowerOfTwoImageStretchedToZeroToOne) {
     Turing t("TuringPattern");
     t.Port<CPortInt>("Width").m_Value = row.width;
     t.Port<CPortInt>("Height").m_Value = row.height;
-    t.Frames(3);
+    t.Steps(3);
     const CTuringPattern &p = t.node->Pattern();
     EXPECT_TRUE(p.Width() == row.w && p.Height() == row.h) << row.width << "x" << row.height;
     const auto [lo, hi] = std::minmax_element(p.Grid().begin(), p.Grid().begin() + p.Width() * p.Height());
@@ -39,14 +39,14 @@ TEST(TuringPattern, AnySizeGivesAPowerOfTwoImageStretchedToZeroToOne) {
 
 TEST(TuringPattern, StepsAtTheFixedRateAndTheSameSeedGrowsTheSamePattern) {
   Turing a("TuringPattern", {{"Width", "64"}, {"Height", "64"}}), b("TuringPattern", {{"Width", "64"}, {"Height", "64"}});
-  a.Frames(1, 0.0f);
+  a.Steps(1, 0.0f);
   const std::vector<float> first = a.node->Pattern().Grid();
   const float noise = Roughness(a.node->Pattern());
-  a.Frames(3, 0.01f);
+  a.Steps(3, 0.01f);
   EXPECT_EQ(a.node->Pattern().Grid(), first) << "the first frame steps at once, then 30 a second";
-  a.Frames(60, 0.1f);
-  b.Frames(1, 0.0f);
-  b.Frames(60, 0.1f);
+  a.Steps(60, 0.1f);
+  b.Steps(1, 0.0f);
+  b.Steps(60, 0.1f);
   EXPECT_EQ(a.node->Pattern().Grid(), b.node->Pattern().Grid());
   EXPECT_LT(Roughness(a.node->Pattern()), noise * 0.6f) << "stripes and spots grow out of the noise";
 }
