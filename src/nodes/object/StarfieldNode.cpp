@@ -35,12 +35,7 @@ CNodeInfo *CStarfieldNode::CreateInfo() {
   info->AddInPort(new CPortColor("EndColMax", "Star end color (Max)", white, black, white));
   info->AddInPort(new CPortVector("StarSize", "Size of a single star (Used for all but point and line modes)",
                                   {0.01f, 0.01f, 0.01f}, {0.01f, 0.01f, 0.01f}, {0.001f, 0.001f, 0.001f}, vmax));
-  info->AddInPort(new CPortInt("PrimType", "Type of primitive", 1, 0, 4))
-      ->AddValue(0, "Point")
-      ->AddValue(1, "Line")
-      ->AddValue(2, "Texture")
-      ->AddValue(3, "Axis texture")
-      ->AddValue(4, "Object");
+  info->AddInPort(PointPrimTypePort(1));
   info->AddOutPort(new CPortObject("Object", "Object"));
   return info;
 }
