@@ -1,7 +1,9 @@
 #include "scene/Dag.h"
 
+#include <bitset>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include "core/Clock.h"
 #include "core/Log.h"
@@ -47,11 +49,22 @@ CDag::~CDag() {
 }
 
 std::string CDag::GenerateName(const char *typeName) const {
-  char buf[256];
-  for (long i = 1; i <= 999; ++i) {
-    snprintf(buf, sizeof(buf), "%s%ld", typeName, i);
-    if (!FindNode(buf)) return buf;
+  // One pass marks which of typeName1 .. typeName999 are taken (a scene of
+  // many nodes of one type would otherwise search the graph once a number).
+  const std::string_view prefix(typeName);
+  std::bitset<1000> taken;
+  for (const CNode *n : m_Nodes) {
+    const std::string_view name(n->m_Name);
+    if (name.size() <= prefix.size() || name.size() > prefix.size() + 3 || !name.starts_with(prefix)) continue;
+    const std::string_view digits = name.substr(prefix.size());
+    if (digits[0] < '1' || digits[0] > '9') continue;
+    int number = 0;
+    for (char c : digits) number = c >= '0' && c <= '9' && number >= 0 ? number * 10 + (c - '0') : -1;
+    if (number > 0) taken.set(static_cast<size_t>(number));
   }
+  for (int i = 1; i <= 999; ++i)
+    if (!taken.test(static_cast<size_t>(i))) return std::string(prefix) + std::to_string(i);
+  char buf[256];
   snprintf(buf, sizeof(buf), "%s%lu", typeName, static_cast<unsigned long>(NextRandom(SharedRandom())) + 1000ul);
   return buf;
 }
