@@ -84,6 +84,7 @@ CNode *CDag::AddNode(const char *typeName) {
 void CDag::AdoptNode(CNode *node) {
   node->m_Frame = &m_FrameInfo;
   m_Nodes.push_back(node);
+  m_MeshOutPortsStale = true;
   if (!m_Screen && node->m_Info && node->m_Info->m_TypeName == "Screen") m_Screen = node;
 }
 
@@ -94,6 +95,7 @@ bool CDag::RemoveNode(const char *name) {
   for (CNode *n : m_Nodes)
     if (n != node) n->Disconnect(node);
   std::erase(m_Nodes, node);
+  m_MeshOutPortsStale = true;
   delete node;
   return true;
 }
@@ -168,13 +170,12 @@ void CDag::Step(float dt, bool warmup) {
   m_Screen->Pull(f.Time);
 
   // Meshes are generated once, after every input of the frame is known.
-  for (CNode *n : m_Nodes)
-    ForEachMeshPort(n->m_OutPorts, [](CPDMesh *mesh) {
-      if (!mesh->m_Dirty) return;
-      mesh->CreateMesh(*mesh);
-      mesh->m_DirtyUnits = ALL_UNITS;
-      mesh->m_Dirty = false;
-    });
+  ForEachMeshPort(MeshOutPorts(), [](CPDMesh *mesh) {
+    if (!mesh->m_Dirty) return;
+    mesh->CreateMesh(*mesh);
+    mesh->m_DirtyUnits = ALL_UNITS;
+    mesh->m_Dirty = false;
+  });
   f.PrevAspect = f.Aspect;
   for (CNode *n : m_Nodes) {
     if (!n->m_Updated) continue;
@@ -186,6 +187,17 @@ void CDag::Step(float dt, bool warmup) {
     m_DrawList.Reset();
     m_Screen->WalkDrawList(m_DrawList, m_DrawList.Head(), nullptr);
   }
+}
+
+const std::vector<CPort *> &CDag::MeshOutPorts() {
+  if (m_MeshOutPortsStale) {
+    m_MeshOutPorts.clear();
+    for (CNode *n : m_Nodes)
+      for (CPort *p : n->m_OutPorts)
+        if (p->m_Type == PT_Mesh) m_MeshOutPorts.push_back(p);
+    m_MeshOutPortsStale = false;
+  }
+  return m_MeshOutPorts;
 }
 
 bool CDag::PrepareNode(CNode *node, CRender *render, uint32_t bit) {
@@ -211,7 +223,18 @@ void CDag::Draw(CRender *render) {
   if (!m_Screen) return;
   m_FrameInfo.Aspect = render->GetAspect();
   const uint32_t bit = UnitBit(render);
-  for (CNode *n : m_Nodes) PrepareNode(n, render, bit);
+  // Nodes first, then meshes: a node's reset may give up the device copy of
+  // the mesh it makes, which is uploaded again after it.
+  for (CNode *n : m_Nodes)
+    if (n->m_DirtyUnits & bit) {
+      n->m_DirtyUnits &= ~bit;
+      n->ResetDevice(render);
+    }
+  ForEachMeshPort(MeshOutPorts(), [&](CPDMesh *mesh) {
+    if (!(mesh->m_DirtyUnits & bit)) return;
+    mesh->m_DirtyUnits &= ~bit;
+    mesh->MeshUpdateDevice(render);
+  });
   m_DrawList.Draw(render);
 }
 

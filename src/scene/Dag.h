@@ -82,6 +82,12 @@ class CDag {
   // Whether `node` has device work left for the unit `bit`; with `render`,
   // does it.
   static bool PrepareNode(CNode *node, CRender *render, uint32_t bit);
+  // The mesh out-ports of all nodes, so that a frame's mesh generation
+  // visits only them; rebuilt when a node joins or leaves (a node's ports
+  // are fixed once it is made).
+  const std::vector<CPort *> &MeshOutPorts();
+  std::vector<CPort *> m_MeshOutPorts;
+  bool m_MeshOutPortsStale = true;
 };
 
 constexpr float WARMUP_STEP = 0.033333335f;

@@ -58,6 +58,13 @@ CPort *CNode::FindOutPort(const char *name) const { return FindPort(m_OutPorts, 
 bool CNode::UpdateInPorts(float time) {
   bool any = false;
   for (CPort *p : m_InPorts) {
+    // An unconnected plain value port (bool .. string) keeps its own value:
+    // nothing to pull. Rects (connected part by part) and pointer ports
+    // (which clear their value) always run.
+    if (!p->m_Source && p->m_Type <= PT_String) {
+      if (p->m_Changed) m_Changed = any = true;
+      continue;
+    }
     p->Update(time);
     if (p->m_Changed) {
       m_Changed = true;

@@ -43,7 +43,8 @@ class CPort {
   // The common attributes in catalogue mode; subclasses add their value.
   virtual void Serialize(CSerialize &serializer);
   // Pulls the source node and notes whether its value changed; subclasses
-  // then copy the value.
+  // then copy the value. Plain value ports (bool .. string) do nothing else,
+  // so a node skips the call while one is unconnected.
   virtual void Update(float time);
   virtual void Prepare() {}
 

@@ -124,6 +124,16 @@ TEST_F(DagTest, MeshesAreGeneratedOnceAfterThePullAndUploadedPerUnit) {
   dag.Activate();
   EXPECT_TRUE(mesh->m_Dirty);
   EXPECT_EQ(unreached->m_DirtyUnits, ALL_UNITS);
+
+  // Nodes that join or leave after frames have run: the newcomer's mesh is
+  // generated and uploaded, the removed one is never touched again.
+  auto *late = Add<CTestMeshNode>("TestMesh");
+  EXPECT_TRUE(dag.RemoveNode("TestMesh1"));
+  Connect("TestMesh2.Mesh", "TestMeshUser1.Mesh");
+  dag.Update(0.1f);
+  EXPECT_EQ(late->generated, 1);
+  dag.Draw(&render);
+  EXPECT_EQ(late->deviceUpdates, 1);
 }
 
 TEST_F(DagTest, RestoreDeviceStopsAtTheFirstFailure) {
