@@ -18,6 +18,7 @@
 #include "nodes/BuiltinNodes.h"
 #include "platform/LineChannel.h"
 #include "platform/CrashReport.h"
+#include "platform/Memory.h"
 #include "platform/Signals.h"
 #include "renderogl/RenderOGL.h"
 
@@ -62,6 +63,7 @@ int RunDemo(int steps) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  KeepFreedMemoryMapped();
   InstallShutdownSignals();
   InstallCrashHandler();
   std::vector<std::string> args;

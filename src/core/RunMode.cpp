@@ -14,5 +14,6 @@ RunSettings SettingsFor(int mode, int appType) {
   s.preview = mode == MODE_Preview;
   s.hostPresents = mode == MODE_HostDriven;
   s.showsFailures = mode != MODE_FullScreen;
+  s.warmsUpDevice = s.timedScenes;
   return s;
 }

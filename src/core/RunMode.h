@@ -51,6 +51,9 @@ struct RunSettings {
   // Failures are shown to the user (on stderr) as well as logged; full
   // screen has nobody looking at a terminal.
   bool showsFailures = true;
+  // Scenes switch while somebody watches: the renderer makes at start what
+  // a driver would otherwise make on the first frame of a scene.
+  bool warmsUpDevice = false;
 };
 
 RunSettings SettingsFor(int mode, int appType);

@@ -34,6 +34,8 @@ class CRenderOGL : public CRenderOGLBase {
   bool InitEffects() override;
   void FreeEffects() override;
   void CreateDeviceTextures() override;
+  // What a driver would otherwise make on a scene's first frame, made now.
+  void WarmUpDevice();
 
  private:
   bool BindAttributes();

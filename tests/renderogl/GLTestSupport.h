@@ -34,7 +34,8 @@ inline std::array<int, 3> PixelOf(const std::vector<uint8_t> &bytes, int w, int 
 
 class GLWindow {
  public:
-  GLWindow(int width, int height) {
+  GLWindow(int width, int height, const RunSettings &settings = RunSettings()) {
+    render.m_Settings = settings;
     render.Init();
     if (IWindowSystem *ws = render.GetWindowSystem()) {
       WindowSpec windowSpec;
