@@ -245,14 +245,18 @@ bool CDag::PrepareDevice(CRender *render, double budgetMs) {
   const int64_t start = clock.Counter();
   // A clock without a rate sets no limit.
   const double budgetTicks = budgetMs * static_cast<double>(clock.Frequency()) / 1000.0;
-  bool first = true;
+  bool first = true, waiting = false;
   for (CNode *n : m_Nodes) {
     if (!PrepareNode(n, nullptr, bit)) continue;
+    if (!n->HostWorkDone()) {
+      waiting = true;
+      continue;
+    }
     if (!first && budgetTicks > 0.0 && static_cast<double>(clock.Counter() - start) >= budgetTicks) return false;
     first = false;
     PrepareNode(n, render, bit);
   }
-  return true;
+  return !waiting;
 }
 
 bool CDag::RestoreDevice(CRender *render) {
@@ -284,5 +288,6 @@ void CDag::Activate() {
   for (CNode *n : m_Nodes) {
     n->m_DirtyUnits = ALL_UNITS;
     ForEachMeshPort(n->m_OutPorts, [](CPDMesh *mesh) { mesh->m_Dirty = true; });
+    n->StartHostWork();
   }
 }

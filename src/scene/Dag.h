@@ -42,12 +42,14 @@ class CDag {
   virtual void Draw(CRender *render);
   // Readies what the next Draw on render's unit needs (device objects of
   // nodes marked for it, uploads of generated meshes), node by node, until
-  // `budgetMs` milliseconds have passed (at least one node). True when
-  // nothing is left: the next Draw creates nothing.
+  // `budgetMs` milliseconds have passed (at least one node); a node whose
+  // host work is still running is left for a later call. True when nothing
+  // is left: the next Draw creates nothing.
   bool PrepareDevice(CRender *render, double budgetMs);
   virtual bool RestoreDevice(CRender *render);
   virtual void InvalidateDevice(CRender *render);
   void FrameFinished();
+  // Marks every node and mesh for readying and starts their host work.
   void Activate();
   void Deactivate() { m_FrameInfo.Restart = true; }
   virtual void ForceUpdate() {}

@@ -34,6 +34,11 @@ class CNode {
   virtual void AddToDrawList(CDrawList &list, CDrawItemList &parents, const CCamera *camera);
   virtual void Serialize(CSerialize &serializer);
   virtual bool IsChanged() const { return m_Changed; }
+  // Work on the host side of a device object (a computed picture) that may
+  // run beside the frames: started when the scene is about to be shown, so
+  // that readying the device (RestoreDevice) finds it done. Whether it is.
+  virtual void StartHostWork() {}
+  virtual bool HostWorkDone() const { return true; }
 
   CPort *FindInPort(const char *name) const;
   CPort *FindOutPort(const char *name) const;

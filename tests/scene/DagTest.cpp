@@ -150,6 +150,23 @@ TEST_F(DagTest, RestoreDeviceStopsAtTheFirstFailure) {
   EXPECT_EQ(a->CNode::m_DirtyUnits & 1u, 0u);
 }
 
+TEST_F(DagTest, PrepareDeviceLeavesANodeWhoseHostWorkRunsForALaterCall) {
+  Add<CTestRootNode>("Screen");
+  auto *busy = Add<CTestMeshNode>("TestMesh");
+  auto *ready = Add<CTestMeshNode>("TestMesh");
+  dag.Activate();
+  EXPECT_EQ(busy->hostWorkStarts, 1);
+  busy->hostWorkDone = false;
+  CRecordRender render;
+  EXPECT_FALSE(dag.PrepareDevice(&render, 0.0));
+  EXPECT_EQ(busy->restores, 0);
+  EXPECT_EQ(ready->restores, 1) << "the others are readied meanwhile";
+  busy->hostWorkDone = true;
+  EXPECT_TRUE(dag.PrepareDevice(&render, 0.0));
+  EXPECT_EQ(busy->restores, 1);
+  EXPECT_EQ(ready->restores, 1);
+}
+
 TEST_F(DagTest, DrawListGroupsByEffectInOrderOfFirstUse) {
   Add<CTestRootNode>("Screen");
   auto *group = Add<CTestGroupNode>("TestGroup");

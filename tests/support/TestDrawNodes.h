@@ -170,8 +170,10 @@ class CTestMeshNode : public CNode, public CPDMesh {
     ++restores;
     return !failRestore;
   }
-  int generated = 0, deviceUpdates = 0, restores = 0;
-  bool failRestore = false;
+  void StartHostWork() override { ++hostWorkStarts; }
+  bool HostWorkDone() const override { return hostWorkDone; }
+  int generated = 0, deviceUpdates = 0, restores = 0, hostWorkStarts = 0;
+  bool failRestore = false, hostWorkDone = true;
 };
 
 // A node that uses a mesh, so the graph pulls the generator.

@@ -46,7 +46,9 @@ TEST(ToolRecord, MoviesHoldEveryFrameAndTheTrack) {
     EXPECT_DOUBLE_EQ(video.rate, 10.0) << c.out;
     EXPECT_EQ(video.width, 64);
     EXPECT_EQ(video.height, 48);
-    if (c.allKey) EXPECT_TRUE(video.allKeyFrames);
+    if (c.allKey) {
+      EXPECT_TRUE(video.allKeyFrames);
+    }
     EXPECT_EQ(audio.kind, 'a');
     EXPECT_EQ(audio.codec, c.audio);
     EXPECT_EQ(audio.channels, 1);

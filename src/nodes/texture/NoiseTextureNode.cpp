@@ -1,7 +1,9 @@
 #include "nodes/texture/NoiseTextureNode.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <utility>
 
 #include "expr/Noise.h"
 #include "render/Color.h"
@@ -134,16 +136,23 @@ void CNoiseTextureNode::Update(float, FrameInfo *frame) {
   }
 }
 
-bool CNoiseTextureNode::RestoreDevice(CRender *render) {
-  const TextureSize size = Size();
-  CTexture *texture = CreateSized(render, size);
-  if (!texture) return false;
-  const NoiseFunction f[4] = {NoiseFunction(m_Noise[0]->m_Value), NoiseFunction(m_Noise[1]->m_Value),
-                              NoiseFunction(m_Noise[2]->m_Value), NoiseFunction(m_Noise[3]->m_Value)};
+CNoiseTextureNode::Fill CNoiseTextureNode::CurrentFill() const {
+  Fill fill;
+  fill.size = Size();
+  for (int c = 0; c < 4; ++c) fill.noise[c] = m_Noise[c]->m_Value;
+  fill.offset = m_Offset->m_Value;
+  return fill;
+}
+
+std::vector<uint32_t> CNoiseTextureNode::Texels(const Fill &fill) {
+  const TextureSize &size = fill.size;
+  std::vector<uint32_t> texels(static_cast<size_t>(size.width) * size.height * size.depth);
+  const NoiseFunction f[4] = {NoiseFunction(fill.noise[0]), NoiseFunction(fill.noise[1]),
+                              NoiseFunction(fill.noise[2]), NoiseFunction(fill.noise[3])};
   const bool volume = size.depth >= 2;
   const float dx = 1.0f / size.width, dy = 1.0f / size.height, dz = 1.0f / size.depth;
-  const Vec3f &offset = m_Offset->m_Value;
-  uint32_t *out = texture->Lock();
+  const Vec3f &offset = fill.offset;
+  uint32_t *out = texels.data();
   float z = volume ? offset.z : 0.0f;
   for (int k = 0; k < size.depth; ++k, z += dz) {
     float y = volume ? 0.0f : offset.y;
@@ -156,6 +165,32 @@ bool CNoiseTextureNode::RestoreDevice(CRender *render) {
       }
     }
   }
+  return texels;
+}
+
+void CNoiseTextureNode::StartHostWork() {
+  // The ports hold what the scene file says; a connection that delivers
+  // something else by the time the texture is made means filling it then.
+  if (m_Ahead.valid()) return;
+  const Fill fill = CurrentFill();
+  m_Ahead = std::async(std::launch::async, [fill] { return std::make_pair(fill, Texels(fill)); });
+}
+
+bool CNoiseTextureNode::HostWorkDone() const {
+  return !m_Ahead.valid() || m_Ahead.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+}
+
+bool CNoiseTextureNode::RestoreDevice(CRender *render) {
+  const Fill fill = CurrentFill();
+  std::vector<uint32_t> texels;
+  if (m_Ahead.valid()) {
+    auto [made, ahead] = m_Ahead.get();
+    if (made == fill) texels = std::move(ahead);
+  }
+  if (texels.empty()) texels = Texels(fill);
+  CTexture *texture = CreateSized(render, fill.size);
+  if (!texture) return false;
+  if (uint32_t *out = texture->Lock()) std::copy(texels.begin(), texels.end(), out);
   texture->Unlock();
   return true;
 }

@@ -1,5 +1,12 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
+#include <future>
+#include <utility>
+#include <vector>
+
+#include "scene/PortValues.h"
 #include "nodes/texture/GeneratedTexture.h"
 
 class CPortVector;
@@ -14,9 +21,28 @@ class CNoiseTextureNode : public CGeneratedTextureNode {
   bool Init() override;
   void Update(float time, FrameInfo *frame) override;
   bool RestoreDevice(CRender *render) override;
+  // The texels are computed on a thread of their own when the scene is
+  // about to be shown: a large fill of many octaves takes tens of ms.
+  void StartHostWork() override;
+  bool HostWorkDone() const override;
 
  private:
+  // What decides the texels.
+  struct Fill {
+    TextureSize size;
+    int noise[4] = {};
+    Vec3f offset;
+    bool operator==(const Fill &o) const {
+      return size.width == o.size.width && size.height == o.size.height && size.depth == o.size.depth &&
+             std::equal(noise, noise + 4, o.noise) && offset.x == o.offset.x && offset.y == o.offset.y &&
+             offset.z == o.offset.z;
+    }
+  };
   TextureSize Size() const;
+  Fill CurrentFill() const;
+  static std::vector<uint32_t> Texels(const Fill &fill);
+
+  std::future<std::pair<Fill, std::vector<uint32_t>>> m_Ahead;
 
   CPortInt *m_Width = nullptr, *m_Height = nullptr, *m_Depth = nullptr;
   CPortInt *m_Noise[4] = {};

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "nodes/BuiltinNodes.h"
@@ -101,6 +103,30 @@ TEST_F(Textures, NoiseTilesAcrossEveryEdge) {
     EXPECT_LT(acrossY, 2.5 * inside + 64) << "channel " << c;
   }
   EXPECT_EQ(Channel(At(t, 17, 5), 1), 127) << "no noise is 0.5";
+}
+
+TEST_F(Textures, NoiseComputedAheadIsTheNoiseOfThePortsWhenTheTextureIsMade) {
+  const Ports ports = {{"Width", "32"}, {"Height", "32"}, {"NoiseR", "10"}, {"NoiseB", "14"}};
+  const std::vector<uint32_t> direct = Make("NoiseTexture", ports)->m_Pixels;
+  const std::vector<uint32_t> other = Make("NoiseTexture", {{"Width", "32"}, {"Height", "32"}})->m_Pixels;
+  ASSERT_NE(direct, other);
+  // Started ahead with these ports, or with others that change before the
+  // texture is made (as a connection would change them).
+  for (const bool portsChange : {false, true}) {
+    node.reset(factory->CreateNode("NoiseTexture"));
+    node->m_Frame = &frame;
+    for (const auto &[port, text] : portsChange ? Ports{{"Width", "32"}, {"Height", "32"}} : ports)
+      node->FindInPort(port)->SetText(text);
+    node->StartHostWork();
+    for (int i = 0; i < 2000 && !node->HostWorkDone(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    ASSERT_TRUE(node->HostWorkDone());
+    for (const auto &[port, text] : ports) node->FindInPort(port)->SetText(text);
+    node->Update(0, &frame);
+    ASSERT_TRUE(node->ResetDevice(&render));
+    auto *t = dynamic_cast<CRecordTexture *>(node->OutPort<CPortTexture>("Texture")->m_Value->GetTexture(&render));
+    ASSERT_TRUE(t);
+    EXPECT_EQ(t->m_Pixels, direct) << (portsChange ? "ports changed after the start" : "same ports");
+  }
 }
 
 TEST_F(Textures, SizesFromPortsAreHeldToWhatATextureMayBe) {
