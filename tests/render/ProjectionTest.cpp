@@ -76,9 +76,7 @@ TEST(Projection, EachUnitSeesItsShareOfTheVirtualDesktop) {
     render.SwitchToRenderUnit(c.unit);
     render.SetCamera(Camera(c.fov, c.nearPlane, c.farPlane, c.type));
     ExpectMatrix(render.m_Projection, c.golden);
-    if (c.aspect) {
-      EXPECT_FLOAT_EQ(render.GetAspect(), c.aspect);
-    }
+    if (c.aspect) { EXPECT_FLOAT_EQ(render.GetAspect(), c.aspect); }
   }
 }
 
