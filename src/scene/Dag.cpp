@@ -200,22 +200,27 @@ const std::vector<CPort *> &CDag::MeshOutPorts() {
   return m_MeshOutPorts;
 }
 
-bool CDag::PrepareNode(CNode *node, CRender *render, uint32_t bit) {
-  bool work = false;
-  if (node->m_DirtyUnits & bit) {
-    work = true;
-    if (render) {
-      node->m_DirtyUnits &= ~bit;
-      node->ResetDevice(render);
-    }
+bool CDag::ReadyNode(CNode *node, CRender *render, uint32_t bit) {
+  if (!(node->m_DirtyUnits & bit)) return false;
+  if (render) {
+    node->m_DirtyUnits &= ~bit;
+    node->ResetDevice(render);
   }
-  ForEachMeshPort(node->m_OutPorts, [&](CPDMesh *mesh) {
-    if (!(mesh->m_DirtyUnits & bit)) return;
-    work = true;
-    if (!render) return;
+  return true;
+}
+
+bool CDag::ReadyMesh(CPDMesh *mesh, CRender *render, uint32_t bit) {
+  if (!(mesh->m_DirtyUnits & bit)) return false;
+  if (render) {
     mesh->m_DirtyUnits &= ~bit;
     mesh->MeshUpdateDevice(render);
-  });
+  }
+  return true;
+}
+
+bool CDag::PrepareNode(CNode *node, CRender *render, uint32_t bit) {
+  bool work = ReadyNode(node, render, bit);
+  ForEachMeshPort(node->m_OutPorts, [&](CPDMesh *mesh) { work = ReadyMesh(mesh, render, bit) || work; });
   return work;
 }
 
@@ -225,16 +230,8 @@ void CDag::Draw(CRender *render) {
   const uint32_t bit = UnitBit(render);
   // Nodes first, then meshes: a node's reset may give up the device copy of
   // the mesh it makes, which is uploaded again after it.
-  for (CNode *n : m_Nodes)
-    if (n->m_DirtyUnits & bit) {
-      n->m_DirtyUnits &= ~bit;
-      n->ResetDevice(render);
-    }
-  ForEachMeshPort(MeshOutPorts(), [&](CPDMesh *mesh) {
-    if (!(mesh->m_DirtyUnits & bit)) return;
-    mesh->m_DirtyUnits &= ~bit;
-    mesh->MeshUpdateDevice(render);
-  });
+  for (CNode *n : m_Nodes) ReadyNode(n, render, bit);
+  ForEachMeshPort(MeshOutPorts(), [&](CPDMesh *mesh) { ReadyMesh(mesh, render, bit); });
   m_DrawList.Draw(render);
 }
 

@@ -12,6 +12,7 @@
 
 class CNode;
 class CNodeFactory;
+class CPDMesh;
 class CPort;
 class CRender;
 
@@ -81,8 +82,11 @@ class CDag {
   void Step(float dt, bool warmup);
 
  private:
-  // Whether `node` has device work left for the unit `bit`; with `render`,
-  // does it.
+  // Whether a node's own device objects (ReadyNode), a mesh (ReadyMesh) or
+  // a node with the meshes it makes (PrepareNode) have device work left for
+  // the unit `bit`; with `render`, do it.
+  static bool ReadyNode(CNode *node, CRender *render, uint32_t bit);
+  static bool ReadyMesh(CPDMesh *mesh, CRender *render, uint32_t bit);
   static bool PrepareNode(CNode *node, CRender *render, uint32_t bit);
   // The mesh out-ports of all nodes, so that a frame's mesh generation
   // visits only them; rebuilt when a node joins or leaves (a node's ports

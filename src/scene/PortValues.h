@@ -10,6 +10,7 @@
 
 struct Vec3f {
   float x = 0, y = 0, z = 0;
+  bool operator==(const Vec3f &) const = default;
 };
 struct Color4f {
   float r = 0, g = 0, b = 0, a = 0;

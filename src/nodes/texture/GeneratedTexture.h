@@ -24,6 +24,7 @@ constexpr long long MAX_COMPUTED_TEXELS = 1LL << 20;
 
 struct TextureSize {
   int width = 1, height = 1, depth = 1;
+  bool operator==(const TextureSize &) const = default;
 };
 // The ports' sizes within the limits above. A height below 2 keeps the
 // texture one row, a depth below 2 keeps it flat; halving the longest side

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <future>
 #include <utility>
@@ -32,11 +31,7 @@ class CNoiseTextureNode : public CGeneratedTextureNode {
     TextureSize size;
     int noise[4] = {};
     Vec3f offset;
-    bool operator==(const Fill &o) const {
-      return size.width == o.size.width && size.height == o.size.height && size.depth == o.size.depth &&
-             std::equal(noise, noise + 4, o.noise) && offset.x == o.offset.x && offset.y == o.offset.y &&
-             offset.z == o.offset.z;
-    }
+    bool operator==(const Fill &) const = default;
   };
   TextureSize Size() const;
   Fill CurrentFill() const;
