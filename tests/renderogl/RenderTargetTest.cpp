@@ -84,8 +84,7 @@ TEST(RenderTarget, AWarmedUpDeviceStartsWithTargetsOfTheUnitsFullAndHalfSizePool
   GLWindow gl(64, 48, settings);
   ASSERT_TRUE(gl.Ok()) << GetFirstError();
   CTextureManager *pool = gl.render.m_TextureManager;
-  // Two of each size (textures drawn every frame are double buffered),
-  // taken from the pool with their mipmap levels already there.
+  // Two of each size (double buffering), taken with their mipmaps made.
   for (const auto &[w, h] : {std::pair{64, 48}, std::pair{64, 48}, std::pair{32, 24}, std::pair{32, 24}}) {
     const size_t freeBefore = pool->m_FreeTargets.size();
     CRenderTargetOGL *t = CTextureManager::CreateRenderTarget(pool, gl.render, w, h, DEPTH_Stencil);
@@ -95,7 +94,6 @@ TEST(RenderTarget, AWarmedUpDeviceStartsWithTargetsOfTheUnitsFullAndHalfSizePool
     glGetTexLevelParameteriv(GL_TEXTURE_2D, 1, GL_TEXTURE_WIDTH, &levelWidth);
     EXPECT_EQ(levelWidth, w / 2);
   }
-  glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 TEST(RenderTarget, NestedBeginEndRestoreViewportBindingAndRects) {

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-
 namespace {
 class DagTest : public testing::Test {
  protected:

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <chrono>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -116,7 +115,7 @@ TEST_F(Textures, NoiseComputedAheadIsTheNoiseOfThePortsWhenTheTextureIsMade) {
     if (!portsChange)
       for (const auto &[port, text] : ports) node->FindInPort(port)->SetText(text);
     node->StartHostWork();
-    while (!node->HostWorkDone()) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    while (!node->HostWorkDone()) std::this_thread::yield();
     EXPECT_EQ(Make(nullptr, ports)->m_Pixels, direct) << (portsChange ? "ports changed" : "same ports");
   }
 }
